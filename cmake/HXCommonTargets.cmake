@@ -1,0 +1,49 @@
+# The shapes that targets of this project share.
+
+# hxcommon_strict(<target>): the language level, the warnings and the strict Qt macros of every own target.
+function(hxcommon_strict target)
+  target_compile_features(${target} PUBLIC cxx_std_17)
+  set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
+  if(MSVC)
+    target_compile_options(${target} PRIVATE /W4)
+  else()
+    target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion)
+  endif()
+  target_compile_definitions(${target} PRIVATE
+    QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING QT_NO_KEYWORDS QT_STRICT_ITERATORS)
+endfunction()
+
+# hxcommon_add_program(<name> SOURCES <file>... [LIBRARIES <target>...]): an executable on top of the library.
+function(hxcommon_add_program name)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES")
+  add_executable(${name} ${arg_SOURCES})
+  hxcommon_strict(${name})
+  set_target_properties(${name} PROPERTIES AUTOMOC ON)
+  target_link_libraries(${name} PRIVATE ${arg_LIBRARIES})
+endfunction()
+
+# hxcommon_add_test(<name> SOURCES <file>... [LIBRARIES <target>...] [PROGRAMS <target>...] [LABELS <label>...])
+#
+# A test program and its ctest entry. It runs in a directory of its own, which is also its home, its temporary
+# directory and its APPDATA, without any QT_* variable of the caller. A program P named under PROGRAMS is built
+# first, and its path reaches the sources as the string literal P_PATH, in upper case.
+function(hxcommon_add_test name)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES;PROGRAMS;LABELS")
+  hxcommon_add_program(${name} SOURCES ${arg_SOURCES} LIBRARIES ${arg_LIBRARIES})
+  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests/support)
+  foreach(program IN LISTS arg_PROGRAMS)
+    string(TOUPPER ${program} macro)
+    string(REPLACE "-" "_" macro ${macro})
+    target_compile_definitions(${name} PRIVATE ${macro}_PATH="$<TARGET_FILE:${program}>")
+    add_dependencies(${name} ${program})
+  endforeach()
+
+  set(sandbox ${CMAKE_CURRENT_BINARY_DIR}/sandbox/${name})
+  file(MAKE_DIRECTORY ${sandbox}/tmp)
+  add_test(NAME ${name} COMMAND ${name} WORKING_DIRECTORY ${sandbox})
+  set_tests_properties(${name} PROPERTIES
+    LABELS "${arg_LABELS}"
+    TIMEOUT 300
+    ENVIRONMENT "HOME=${sandbox};TMPDIR=${sandbox}/tmp;APPDATA=${sandbox}/appdata;QT_QPA_PLATFORM=offscreen"
+    ENVIRONMENT_MODIFICATION "QT_LOGGING_RULES=unset:;QT_MESSAGE_PATTERN=unset:;QT_FATAL_WARNINGS=unset:;QML_LOCAL_PATH=unset:")
+endfunction()
