@@ -1,0 +1,65 @@
+#ifndef PLATFORM_H
+#define PLATFORM_H
+
+#include "HXCommonExport.h"
+
+#include <cstddef>
+#include <cstdio>
+
+/// What differs between operating systems; private to the library. One source file per system.
+namespace platform {
+
+struct TimeOfDay {
+    int hour;
+    int minute;
+    int second;
+    int millisecond;
+};
+
+/// The current local time, following a change of the time zone within a second; from any thread.
+TimeOfDay localTimeOfDay();
+
+/// Appends all bytes to the file behind @p descriptor in one piece; from any thread, errors are ignored.
+void append(int descriptor, const char *data, std::size_t size);
+
+/// The descriptor of a standard stream, negative when it has none.
+int descriptorOf(std::FILE *stream);
+
+/// Opens the null device under @p descriptor if that is free.
+void parkOnNullDevice(int descriptor);
+
+/**
+ * Shows the modal report of a fatal message; a test may replace it.
+ *
+ * Windows shows a message box with an OK button. Elsewhere title and text go to standard error and count as
+ * shown.
+ * @return 0 when the report could not be shown
+ */
+HXCOMMON_EXPORT extern int (*showFatalReport)(const char *title, const char *text);
+
+/// Whether the system asks a process to end by POSIX signals.
+extern const bool hasTerminationSignals;
+
+/// What is to be called when the system asks the process to end: the first on POSIX systems, the second on
+/// Windows.
+struct TerminationHandlers {
+    void (*signal)(int number, void *info, void *context);
+    bool (*consoleEvent)(unsigned long event);
+};
+
+/**
+ * Installs @p handlers with the operating system.
+ * @param channel POSIX: filled with a non-blocking socket pair unless it holds one already
+ * @return whether that succeeded
+ */
+bool installTerminationHandlers(const TerminationHandlers &handlers, int channel[2]);
+
+/// Writes a signal number to a channel; async-signal-safe, never blocks, keeps errno.
+void writeSignal(int descriptor, int number);
+
+/// The next signal number of a channel, -1 when there is none.
+int readSignal(int descriptor);
+
+} // namespace platform
+
+#endif

@@ -1,0 +1,120 @@
+#include "Platform.h"
+
+#include <cerrno>
+#include <csignal>
+#include <ctime>
+#include <initializer_list>
+
+#include <fcntl.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace platform {
+
+namespace {
+
+void (*signalHandler)(int, void *, void *) = nullptr;
+
+int reportOnStandardError(const char *title, const char *text)
+{
+    std::fprintf(stderr, "%s: %s\n", title, text);
+    return 1;
+}
+
+void handleSignal(int number, siginfo_t *info, void *context)
+{
+    signalHandler(number, info, context);
+}
+
+bool openChannel(int channel[2])
+{
+    return channel[0] != -1
+        || ::socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0, channel) == 0;
+}
+
+} // namespace
+
+int (*showFatalReport)(const char *, const char *) = &reportOnStandardError;
+const bool hasTerminationSignals = true;
+
+TimeOfDay localTimeOfDay()
+{
+    // tzset() looks at the time zone file on every call, so it is asked once a second only.
+    static thread_local std::time_t cachedSecond = -1;
+    static thread_local std::tm cached{};
+
+    timespec now{};
+    ::clock_gettime(CLOCK_REALTIME, &now);
+    if (now.tv_sec != cachedSecond) {
+        ::tzset();
+        ::localtime_r(&now.tv_sec, &cached);
+        cachedSecond = now.tv_sec;
+    }
+    return {cached.tm_hour, cached.tm_min, cached.tm_sec, int(now.tv_nsec / 1000000)};
+}
+
+void append(int descriptor, const char *data, std::size_t size)
+{
+    // The descriptor is in append mode: one write is one whole line, whatever other threads do.
+    while (size > 0) {
+        const ssize_t written = ::write(descriptor, data, size);
+        if (written > 0) {
+            data += written;
+            size -= std::size_t(written);
+        } else if (errno != EINTR) {
+            return;
+        }
+    }
+}
+
+int descriptorOf(std::FILE *stream)
+{
+    return ::fileno(stream);
+}
+
+void parkOnNullDevice(int descriptor)
+{
+    if (descriptor < 0 || ::fcntl(descriptor, F_GETFD) != -1)
+        return;
+    const int null = ::open("/dev/null", O_RDWR);
+    if (null == -1 || null == descriptor)
+        return;
+    ::dup2(null, descriptor);
+    ::close(null);
+}
+
+bool installTerminationHandlers(const TerminationHandlers &handlers, int channel[2])
+{
+    if (!openChannel(channel))
+        return false;
+    signalHandler = handlers.signal;
+    struct sigaction action { };
+    action.sa_sigaction = &handleSignal;
+    action.sa_flags = SA_SIGINFO | SA_RESTART;
+    ::sigemptyset(&action.sa_mask);
+    bool installed = true;
+    for (const int number : {SIGINT, SIGTERM, SIGHUP})
+        installed = ::sigaction(number, &action, nullptr) == 0 && installed;
+    return installed;
+}
+
+void writeSignal(int descriptor, int number)
+{
+    const int savedErrno = errno;
+    const auto byte = static_cast<unsigned char>(number);
+    const ssize_t written = ::write(descriptor, &byte, 1);
+    static_cast<void>(written); // a full channel has enough requests waiting
+    errno = savedErrno;
+}
+
+int readSignal(int descriptor)
+{
+    unsigned char byte = 0;
+    ssize_t count = 0;
+    do {
+        count = ::read(descriptor, &byte, 1);
+    } while (count == -1 && errno == EINTR);
+    return count == 1 ? byte : -1;
+}
+
+} // namespace platform
