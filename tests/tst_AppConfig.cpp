@@ -1,0 +1,329 @@
+// What AppConfig answers inside a process. Start-up as a whole is the matter of tst_AppConfigProcess.
+
+#include <AppConfig.h>
+#include <OXVersion.h>
+
+#include <QBuffer>
+#include <QMetaMethod>
+#include <QTextCodec>
+#include <QtTest>
+
+#include <thread>
+
+namespace {
+
+// The argument list behind QCoreApplication::arguments(), which reads it again on every call.
+int argumentCount = 1;
+char *argumentVector[16] = {};
+QVector<QByteArray> argumentTexts;
+
+void setCommandLine(const QStringList &arguments)
+{
+    argumentTexts = {QByteArray("program")};
+    for (const QString &argument : arguments)
+        argumentTexts.append(argument.toLocal8Bit());
+    argumentCount = argumentTexts.size();
+    for (int i = 0; i < argumentCount; ++i)
+        argumentVector[i] = argumentTexts[i].data();
+}
+
+QStringList words(const char *text)
+{
+    return QString::fromUtf8(text).split(QLatin1Char(' '), Qt::SkipEmptyParts);
+}
+
+} // namespace
+
+class tst_AppConfig : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void cleanup();
+    void looksOptionsUp_data();
+    void looksOptionsUp();
+    void fixesNames();
+    void countsValuesOfOddPositions();
+    void readsConf_data();
+    void readsConf();
+    void writesConf();
+    void keepsAsciiThroughConf();
+    void opensIoMap();
+    void testsSettings();
+    void tellsVersions_data();
+    void tellsVersions();
+    void tellsFixedFacts();
+    void keepsSystemVersion();
+    void convertsVersions();
+    void listsItsMethods();
+    void isOneObject();
+    void endsFileNamesAtNul();
+    void tellsNoTimeBeforeTheStart();
+};
+
+void tst_AppConfig::initTestCase()
+{
+    AppConfig &config = *AppConfig::instance();
+    config.addArgument("--own", 1, nullptr);
+    config.addArgument("--pair", 2, "two values");
+    config.addArgument("--many", -1, "any number of values");
+    config.addArgument("--help", 5, "loses against the built-in option");
+}
+
+void tst_AppConfig::cleanup()
+{
+    setCommandLine({});
+}
+
+void tst_AppConfig::looksOptionsUp_data()
+{
+    QTest::addColumn<QString>("commandLine");
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<int>("index");
+    QTest::addColumn<int>("valueCount");
+    QTest::addColumn<QString>("value"); // with the default "d"
+    QTest::addColumn<int>("number"); // with the default 5
+    QTest::addColumn<QString>("values"); // joined by "|"
+
+    const auto row = [](const char *commandLine, const char *name, int index, int valueCount,
+                        const char *value, int number, const char *values) {
+        QTest::addRow("%s: %s", commandLine, name)
+            << QString::fromUtf8(commandLine) << QString::fromUtf8(name) << index << valueCount
+            << QString::fromUtf8(value) << number << QString::fromUtf8(values);
+    };
+    row("", "--tmppath", -1, -1, "d", 5, "");
+    row("--tmppath /t", "--tmppath", 1, 1, "/t", 5, "/t");
+    row("--tmppath /t", "tmppath", 1, 1, "/t", 5, "/t");
+    row("x --tmppath", "--tmppath", 2, 1, "d", 5, ""); // one value, which is empty
+    row("--tmppath --null", "--tmppath", 1, 1, "--null", 5, "--null");
+    row("--TMPPATH /t", "--tmppath", -1, -1, "d", 5, "");
+    row("--debugLevel 1 --debugLevel 2", "--debugLevel", 1, 1, "1", 1, "1");
+    row("--debugLevel abc", "debugLevel", 1, 1, "abc", 5, "abc");
+    row("--debugLevel 2147483648", "debugLevel", 1, 1, "2147483648", 5, "2147483648");
+    row("--debugLevel -7", "debugLevel", 1, 1, "-7", -7, "-7");
+    row("--debugLevel 0x10", "debugLevel", 1, 1, "0x10", 5, "0x10");
+    row("--null 7", "null", 1, 0, "d", 5, "");
+    row("--unknown 7", "unknown", 1, -1, "d", 5, "");
+    row("--datapath /d", "datapath", 1, -1, "d", 5, "");
+    row("--own 7", "own", 1, 1, "7", 7, "7");
+    row("--pair 7 8 9", "pair", 1, 2, "7", 7, "7|8");
+    row("--pair 7", "pair", 1, 2, "7", 7, "7|");
+    row("--many 7 8", "many", 1, 0, "d", 5, ""); // a variable number always counts 0
+    row("--help 7", "help", 1, 0, "d", 5, "");
+    row("program", "program", -1, -1, "d", 5, "");
+}
+
+void tst_AppConfig::looksOptionsUp()
+{
+    QFETCH(QString, commandLine);
+    QFETCH(QString, name);
+    QFETCH(int, index);
+    setCommandLine(words(qPrintable(commandLine)));
+
+    const AppConfig &config = *AppConfig::instance();
+    const AppConfig::cmdArgInfo_t info = config.getArgInfo(name);
+    QCOMPARE(info.index, index);
+    QTEST(info.valueCount, "valueCount");
+    QTEST(config.argumentValue(name, QStringLiteral("d")), "value");
+    QTEST(config.argumentValue(name, 5), "number");
+    QTEST(config.argumentValues(name).join(QLatin1Char('|')), "values");
+    QCOMPARE(AppConfig::argumentExits(name), index != -1);
+}
+
+void tst_AppConfig::fixesNames()
+{
+    for (const auto &[given, fixed] :
+         {std::pair("x", "--x"), std::pair("--x", "--x"), std::pair("-x", "---x"), std::pair("", "--")}) {
+        QString name = QString::fromLatin1(given);
+        AppConfig::instance()->fixArg(name);
+        QCOMPARE(name, QString::fromLatin1(fixed));
+    }
+}
+
+// Positions that are not an option's own end the count, too.
+void tst_AppConfig::countsValuesOfOddPositions()
+{
+    setCommandLine(words("word --many 1 2"));
+    const AppConfig::cmdArg_t many{"--many", -1, nullptr};
+    for (const auto &[index, count] : {std::pair(2, 0), std::pair(9, 1), std::pair(1, 0), std::pair(-1, 1)}) {
+        AppConfig::cmdArgInfo_t info{index, -1};
+        AppConfig::instance()->getArgValueCnt(many, info);
+        QCOMPARE(info.valueCount, count);
+    }
+}
+
+void tst_AppConfig::readsConf_data()
+{
+    QTest::addColumn<QByteArray>("text");
+    QTest::addColumn<QString>("entries"); // "key>value" joined by ","
+    const auto row = [](const char *name, const QByteArray &text, const char *entries) {
+        QTest::newRow(name) << text << QString::fromUtf8(entries);
+    };
+    row("plain", "a=1\nb=2\n", "a>1,b>2");
+    row("no line end", "a=1", "a>1");
+    row("later wins", "a=1\na=2\n", "a>2");
+    row("empty value", "a=\n", "a>");
+    row("empty key", "=1\n", ">1");
+    row("no or two signs", "a\n\nb=1=2\nc=3\n", "c>3");
+    row("nothing trimmed", " a = 1 \r\n", " a > 1 \r");
+    row("no groups, no comments", "x/y=1\n#c=2\n[g]\n", "#c>2,x/y>1");
+    row("Latin-1", "a=\xfc\n", "a>ü");
+    row("ends at NUL", QByteArray("a=1\0x=2\nb=3\n", 12), "a>1,b>3");
+    row("empty", "", "");
+}
+
+void tst_AppConfig::readsConf()
+{
+    QFETCH(QByteArray, text);
+    QBuffer buffer(&text);
+    QVERIFY(buffer.open(QIODevice::ReadOnly));
+    QSettings::SettingsMap map;
+    QVERIFY(AppConfig::readConf(buffer, map));
+    QStringList entries;
+    for (auto entry = map.cbegin(); entry != map.cend(); ++entry)
+        entries << entry.key() + QLatin1Char('>') + entry.value().toString();
+    QTEST(entries.join(QLatin1Char(',')), "entries");
+}
+
+void tst_AppConfig::writesConf()
+{
+    QBuffer buffer;
+    QVERIFY(buffer.open(QIODevice::WriteOnly));
+    QVERIFY(AppConfig::writeConf(buffer,
+                                 {{QStringLiteral("b"), 2},
+                                  {QStringLiteral("a %2"), QStringLiteral("%1 ü")},
+                                  {QStringLiteral("c"), QVariant()}}));
+    QCOMPARE(buffer.data(), QStringLiteral("a %2=%1 ü\nb=2\nc=\n").toLocal8Bit());
+}
+
+// The local encoding out and Latin-1 in: other letters change on every rewrite.
+void tst_AppConfig::keepsAsciiThroughConf()
+{
+    QBuffer buffer;
+    QVERIFY(buffer.open(QIODevice::ReadWrite));
+    AppConfig::writeConf(buffer, {{QStringLiteral("k"), QStringLiteral("plain ü")}});
+    buffer.seek(0);
+    QSettings::SettingsMap map;
+    AppConfig::readConf(buffer, map);
+    QCOMPARE(map.value(QStringLiteral("k")).toString(),
+             QString::fromLatin1(QStringLiteral("plain ü").toLocal8Bit()));
+}
+
+void tst_AppConfig::opensIoMap()
+{
+    const QSharedPointer<QSettings> first = AppConfig::ioMapSettings();
+    QCOMPARE(first->fileName(), QStringLiteral("/etc/iomap.conf"));
+    QVERIFY(first->format() >= QSettings::CustomFormat1);
+    QCOMPARE(first->iniCodec()->name(), QByteArray("UTF-8"));
+    QVERIFY(first != AppConfig::ioMapSettings());
+}
+
+void tst_AppConfig::testsSettings()
+{
+    AppConfig::instance()->setupConfigPaths(); // below APPDATA, which belongs to this test
+    QCoreApplication::setApplicationName(QStringLiteral("tst_AppConfig"));
+    const char *const key = "Group/answer";
+    const auto setting = [key] { return AppConfig::testSetting(key, 1); };
+
+    AppConfig::settings()->remove(QString());
+    QCOMPARE(setting(), QVariant(1));
+    AppConfig::settings()->setValue(QString::fromLatin1(key), QStringLiteral("two"));
+    QCOMPARE(setting(), QVariant(QStringLiteral("two")));
+    qApp->setProperty(key, 3);
+    QCOMPARE(setting(), QVariant(3));
+    qApp->setProperty(key, QVariant());
+    QCOMPARE(setting(), QVariant(QStringLiteral("two")));
+    QCOMPARE(AppConfig::testSetting("applicationName", 0), QVariant(QStringLiteral("tst_AppConfig")));
+}
+
+void tst_AppConfig::tellsVersions_data()
+{
+    QTest::addColumn<QString>("version");
+    QTest::addColumn<QString>("threeParts");
+    const auto row = [](const char *version, const char *threeParts) {
+        QTest::newRow(version) << QString::fromLatin1(version) << QString::fromLatin1(threeParts);
+    };
+    row("8.0.2.1", "8.0.2");
+    row("7.1", "7.1");
+    row("8", "8");
+    row("08.00.02.1", "8.0.2");
+    row("1..2", "1");
+    row("1.2-beta", "1.2");
+    row("nonsense", "1.0.0");
+    row("", "1.0.0");
+    row("99999999999.1", "1.0.0");
+}
+
+void tst_AppConfig::tellsVersions()
+{
+    QFETCH(QString, version);
+    QCoreApplication::setApplicationVersion(version);
+    QTEST(AppConfig::majorMiniorMicroVersion(), "threeParts");
+}
+
+void tst_AppConfig::tellsFixedFacts()
+{
+    QCOMPARE(AppConfig::buildStamp(), QStringLiteral("Sep 10 2021 12:00:10"));
+    QCOMPARE(AppConfig::version(), QString()); // not initialised
+    QCOMPARE(AppConfig::versionInfo(), QStringLiteral("tst_AppConfig Ver. "));
+    QVERIFY(AppConfig::isPrototype());
+    QVERIFY(!AppConfig::runAsUser());
+    QCOMPARE(AppConfig::application(), nullptr);
+    QCOMPARE(AppConfig::cmdArgs.size(), 23);
+}
+
+void tst_AppConfig::keepsSystemVersion()
+{
+    QFile file(QStringLiteral("version.txt"));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(" \n 12.4 and more");
+    file.close();
+    QCOMPARE(AppConfig::systemVersion(), QStringLiteral("12.4"));
+    QVERIFY(file.remove());
+    QCOMPARE(AppConfig::systemVersion(), QStringLiteral("12.4"));
+}
+
+void tst_AppConfig::convertsVersions()
+{
+    const QVariant version = QVariant::fromValue(OXVersion(QStringLiteral("1.2.3")));
+    QCOMPARE(version.toString(), QStringLiteral("1.2.3.0"));
+    QVERIFY(version.toBool());
+    QVERIFY(!QVariant::fromValue(OXVersion()).toBool());
+}
+
+void tst_AppConfig::listsItsMethods()
+{
+    const QMetaObject &meta = AppConfig::staticMetaObject;
+    QCOMPARE(meta.method(meta.methodOffset()).methodSignature(), QByteArray("shutdownRequested(int)"));
+    QCOMPARE(meta.method(meta.methodOffset() + 1).methodSignature(), QByteArray("signalReceived(int)"));
+}
+
+void tst_AppConfig::isOneObject()
+{
+    AppConfig *other = nullptr;
+    std::thread([&other] { other = AppConfig::Instance(); }).join();
+    QCOMPARE(other, AppConfig::instance());
+}
+
+void tst_AppConfig::endsFileNamesAtNul()
+{
+    QCOMPARE(AppConfig::sharePath(QStringLiteral("a") + QChar(0) + QStringLiteral("b")),
+             AppConfig::sharePath(QStringLiteral("a")));
+    QCOMPARE(AppConfig::sharePath(QStringLiteral("/etc/passwd")), QStringLiteral("/etc/passwd"));
+}
+
+void tst_AppConfig::tellsNoTimeBeforeTheStart()
+{
+    QCOMPARE(AppConfig::elapsedTime(), qint64(0));
+    QVERIFY(!AppConfig::elapsedTimerLock.isLocked());
+}
+
+int main(int argc, char **argv)
+{
+    setCommandLine({});
+    const QCoreApplication application(argumentCount, argumentVector);
+    tst_AppConfig test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_AppConfig.moc"
