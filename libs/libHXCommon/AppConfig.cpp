@@ -2,6 +2,8 @@
 
 #include "AppConfigLogging.h"
 #include "HXCommonVersion.h"
+#include "NetworkManager.h"
+#include "OXUrls.h"
 #include "OXVersion.h"
 
 #include <QCoreApplication>
@@ -68,7 +70,11 @@ bool AppConfig::initialize(const QString &applicationName, const QString &versio
 
     setupConfigPaths();
     settingIniPath(true);
+    NetworkManager::instance()->initialize();
     m_settings.reset(new QSettings(settingIniPath(false), QSettings::IniFormat, this));
+    OXUrls::instance()->initialize(confPath(QStringLiteral("OlvexUrls.json")),
+                                   m_settings->value(QStringLiteral("System/Environment")).toString(),
+                                   m_settings->value(QStringLiteral("System/Region")).toString());
     return false;
 }
 
