@@ -1,0 +1,59 @@
+// olvex-doctor: tells a field engineer what an Olvex executable finds when it starts on this machine.
+//
+// Exit status: 0 nothing is wrong, 1 something is (or the task asked for failed), 2 the command line is
+// wrong.
+
+#include "Examination.h"
+
+#include <AppConfig.h>
+
+#include <QCoreApplication>
+#include <QLoggingCategory>
+
+#include <algorithm>
+#include <cstdio>
+#include <iterator>
+
+namespace {
+
+int printReport()
+{
+    const Report report = examine();
+    const QByteArray text =
+        AppConfig::argumentExits(QStringLiteral("--json")) ? report.toJson() : report.toText().toLocal8Bit();
+    std::fputs(text.constData(), stdout);
+    return report.problems.isEmpty() ? 0 : 1;
+}
+
+// An option of the doctor, and its task if it asks for another one than the report.
+struct Option {
+    const char *name;
+    int valueCount;
+    const char *help;
+    int (*run)();
+};
+
+constexpr Option options[] = {
+    {"--json", 0, "Prints the report as JSON", nullptr},
+};
+
+bool isAskedFor(const Option &option)
+{
+    return option.run && AppConfig::argumentExits(QString::fromLatin1(option.name));
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    // The library's trace of its own life would stand around every report; QT_LOGGING_RULES brings it back.
+    QLoggingCategory::setFilterRules(QStringLiteral("Olvex.AppConfig.debug=false"));
+    const QCoreApplication application(argc, argv);
+    for (const Option &option : options)
+        AppConfig::instance()->addArgument(option.name, option.valueCount, option.help);
+    if (AppConfig::instance()->initialize(QStringLiteral("olvex-doctor"), QString()))
+        return 0;
+
+    const Option *const task = std::find_if(std::begin(options), std::end(options), isAskedFor);
+    return task == std::end(options) ? printReport() : task->run();
+}
