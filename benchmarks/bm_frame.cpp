@@ -1,0 +1,128 @@
+// The application frame: start-up, option queries, the log file and the lock around the stopwatch, each
+// beside a peer.
+//
+// Every run has its own time zone setting: with TZ unset each local QDateTime looks at the time zone file,
+// which is the usual case on a tablet.
+
+#include <AppConfig.h>
+
+#include <QCoreApplication>
+#include <QLoggingCategory>
+#include <QMutex>
+#include <QTemporaryDir>
+
+#include <benchmark/benchmark.h>
+#include <spdlog/sinks/basic_file_sink.h>
+#include <spdlog/spdlog.h>
+
+#include <mutex>
+
+namespace {
+
+Q_LOGGING_CATEGORY(category, "Olvex.Benchmark")
+
+QString directory;
+
+// ------------------------------------------------------------------------------------------------ start-up
+
+void initialize(benchmark::State &state)
+{
+    for (auto _ : state)
+        benchmark::DoNotOptimize(AppConfig::instance()->initialize(QStringLiteral("bench"), QString()));
+}
+BENCHMARK(initialize)->Unit(benchmark::kMicrosecond);
+
+// ------------------------------------------------------------------------------------------------ options
+
+void optionQuery(benchmark::State &state)
+{
+    const QString name = QStringLiteral("--persistentpath");
+    for (auto _ : state)
+        benchmark::DoNotOptimize(AppConfig::instance()->argumentValue(name, QString()));
+}
+BENCHMARK(optionQuery);
+
+void peerArguments(benchmark::State &state)
+{
+    for (auto _ : state)
+        benchmark::DoNotOptimize(QCoreApplication::arguments());
+}
+BENCHMARK(peerArguments);
+
+// ------------------------------------------------------------------------------------------------ log file
+
+void logLine(benchmark::State &state)
+{
+    int i = 0;
+    for (auto _ : state)
+        qCInfo(category, "received frame %d of 1000, state %s", ++i, "running");
+}
+BENCHMARK(logLine);
+
+void peerSpdlog(benchmark::State &state)
+{
+    const auto logger = spdlog::basic_logger_mt("bench", qPrintable(directory + QLatin1String("/spd.log")));
+    logger->flush_on(spdlog::level::trace);
+    logger->set_pattern("%H:%M:%S.%e | %L | %!: %v");
+    int i = 0;
+    for (auto _ : state)
+        SPDLOG_LOGGER_INFO(logger, "received frame {} of 1000, state {}", ++i, "running");
+    spdlog::drop_all();
+}
+BENCHMARK(peerSpdlog);
+
+// ------------------------------------------------------------------------------------------------ lock
+
+void lockHXSpinLocker(benchmark::State &state)
+{
+    static HXAtomicLock lock;
+    for (auto _ : state)
+        const HXSpinLocker locker(&lock, Q_FUNC_INFO, "");
+}
+BENCHMARK(lockHXSpinLocker);
+
+void peerQRecursiveMutex(benchmark::State &state)
+{
+    static QRecursiveMutex mutex;
+    for (auto _ : state)
+        const QMutexLocker locker(&mutex);
+}
+BENCHMARK(peerQRecursiveMutex);
+
+void peerStdRecursiveMutex(benchmark::State &state)
+{
+    static std::recursive_mutex mutex;
+    for (auto _ : state)
+        const std::lock_guard<std::recursive_mutex> guard(mutex);
+}
+BENCHMARK(peerStdRecursiveMutex);
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    qunsetenv("TZ");
+    benchmark::Initialize(&argc, argv);
+    const QTemporaryDir temporary;
+    directory = temporary.path();
+    qputenv("APPDATA", directory.toLocal8Bit());
+
+    // Thirty arguments, the option that is asked for near the end.
+    QList<QByteArray> texts = {"bench",        "--null",
+                               "--logoutput",  directory.toLocal8Bit() + "/bench.log",
+                               "--varetcpath", directory.toLocal8Bit()};
+    while (texts.size() < 28)
+        texts << "argument" + QByteArray::number(texts.size());
+    texts << "--persistentpath"
+          << "/persistent";
+    std::vector<char *> pointers;
+    for (QByteArray &text : texts)
+        pointers.push_back(text.data());
+    int count = int(pointers.size());
+    pointers.push_back(nullptr);
+
+    const QCoreApplication application(count, pointers.data());
+    AppConfig::instance()->initialize(QStringLiteral("bench"), QString());
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}
