@@ -372,7 +372,7 @@ void tst_AppConfigProcess::logsOddMessages()
 
 void tst_AppConfigProcess::logsEveryLineOfManyThreads()
 {
-    run("--do threads --null --disablestamps --logoutput my.log");
+    QCOMPARE(run("--do threads --null --disablestamps --logoutput my.log").exitCode, 0);
     const QRegularExpression whole(QRegularExpression::anchoredPattern(
         QStringLiteral(" \\| I \\| .*logFromThreads.*: thread (\\d) line (\\d+) end")));
     QVector<int> next(8, 0); // each thread's lines come in its order

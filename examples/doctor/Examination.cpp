@@ -109,21 +109,31 @@ QString settingsOrigin(const QString &path, const QString &oldPath)
     return text("this executable's own");
 }
 
+// Reads a copy: Qt tells of the damage only to the first object that opens a file, which is the library's.
+bool isDamaged(const QString &path)
+{
+    QTemporaryFile copy;
+    if (!copy.open() || copy.write(contents(path)) == -1 || !copy.flush())
+        return false;
+    return QSettings(copy.fileName(), QSettings::IniFormat).status() == QSettings::FormatError;
+}
+
 Table settings(QStringList &problems)
 {
     const QString path = AppConfig::settingIniPath(false);
     const QSharedPointer<QSettings> settings = AppConfig::settings();
-    const int keys = settings->allKeys().size();
-    if (settings->status() == QSettings::FormatError)
+    if (isDamaged(path))
         problems << text("The settings file %1 is damaged: what cannot be read has its default.").arg(path);
-    else if (settings->status() == QSettings::AccessError || !settings->isWritable())
-        problems << text("The settings file %1 cannot be read or written.").arg(path);
+    else if (QFileInfo::exists(path) && !QFileInfo(path).isReadable())
+        problems << text("The settings file %1 cannot be read.").arg(path);
+    else if (!settings->isWritable())
+        problems << text("The settings file %1 cannot be written.").arg(path);
     return {text("Settings"),
             itemColumns,
             {{text("file in force"), path},
              {text("origin"), settingsOrigin(path, AppConfig::varEtcPath(text("Settings.ini")))},
              {text("last modified"), QFileInfo(path).lastModified().toString(Qt::ISODate)},
-             {text("keys"), keys}}};
+             {text("keys"), settings->allKeys().size()}}};
 }
 
 // The environments of the document, by name; reports a document that cannot be used.
