@@ -21,109 +21,96 @@
 
 QT_WARNING_DISABLE_DEPRECATED // the network-configuration classes, which the library uses, too
 
-    namespace
+namespace {
+
+Q_LOGGING_CATEGORY(category, "Olvex.Benchmark")
+
+QString directory;
+
+void initialize(benchmark::State &state)
 {
+    for (auto _ : state)
+        benchmark::DoNotOptimize(AppConfig::instance()->initialize(QStringLiteral("bench"), QString()));
+}
+BENCHMARK(initialize)->Unit(benchmark::kMicrosecond);
 
-    Q_LOGGING_CATEGORY(category, "Olvex.Benchmark")
-
-    QString directory;
-
-    // ------------------------------------------------------------------------------------------------
-    // start-up
-
-    void initialize(benchmark::State & state)
-    {
-        for (auto _ : state)
-            benchmark::DoNotOptimize(AppConfig::instance()->initialize(QStringLiteral("bench"), QString()));
+// The same with Qt alone: a directory made, a log file and the settings opened, the service table read,
+// the network configurations asked for.
+void peerQtStart(benchmark::State &state)
+{
+    QNetworkConfigurationManager network;
+    for (auto _ : state) {
+        QDir().mkpath(directory + QLatin1String("/made"));
+        QFile log(directory + QLatin1String("/qt.log"));
+        log.open(QIODevice::WriteOnly | QIODevice::Append);
+        const QSettings settings(directory + QLatin1String("/Settings_bench.ini"), QSettings::IniFormat);
+        benchmark::DoNotOptimize(settings.value(QStringLiteral("System/Environment")));
+        QFile table(QStringLiteral(SAMPLE_DATA "/etc/OlvexUrls.json"));
+        table.open(QIODevice::ReadOnly | QIODevice::Text);
+        benchmark::DoNotOptimize(QJsonDocument::fromJson(table.readAll()).toVariant().toMap());
+        network.updateConfigurations();
     }
-    BENCHMARK(initialize)->Unit(benchmark::kMicrosecond);
+}
+BENCHMARK(peerQtStart)->Unit(benchmark::kMicrosecond);
 
-    // The same with Qt alone: a directory made, a log file and the settings opened, the service table read,
-    // the network configurations asked for.
-    void peerQtStart(benchmark::State & state)
-    {
-        QNetworkConfigurationManager network;
-        for (auto _ : state) {
-            QDir().mkpath(directory + QLatin1String("/made"));
-            QFile log(directory + QLatin1String("/qt.log"));
-            log.open(QIODevice::WriteOnly | QIODevice::Append);
-            const QSettings settings(directory + QLatin1String("/Settings_bench.ini"), QSettings::IniFormat);
-            benchmark::DoNotOptimize(settings.value(QStringLiteral("System/Environment")));
-            QFile table(QStringLiteral(SAMPLE_DATA "/etc/OlvexUrls.json"));
-            table.open(QIODevice::ReadOnly | QIODevice::Text);
-            benchmark::DoNotOptimize(QJsonDocument::fromJson(table.readAll()).toVariant().toMap());
-            network.updateConfigurations();
-        }
-    }
-    BENCHMARK(peerQtStart)->Unit(benchmark::kMicrosecond);
+void optionQuery(benchmark::State &state)
+{
+    const QString name = QStringLiteral("--persistentpath");
+    for (auto _ : state)
+        benchmark::DoNotOptimize(AppConfig::instance()->argumentValue(name, QString()));
+}
+BENCHMARK(optionQuery);
 
-    // ------------------------------------------------------------------------------------------------
-    // options
+void peerArguments(benchmark::State &state)
+{
+    for (auto _ : state)
+        benchmark::DoNotOptimize(QCoreApplication::arguments());
+}
+BENCHMARK(peerArguments);
 
-    void optionQuery(benchmark::State & state)
-    {
-        const QString name = QStringLiteral("--persistentpath");
-        for (auto _ : state)
-            benchmark::DoNotOptimize(AppConfig::instance()->argumentValue(name, QString()));
-    }
-    BENCHMARK(optionQuery);
+void logLine(benchmark::State &state)
+{
+    int i = 0;
+    for (auto _ : state)
+        qCInfo(category, "received frame %d of 1000, state %s", ++i, "running");
+}
+BENCHMARK(logLine);
 
-    void peerArguments(benchmark::State & state)
-    {
-        for (auto _ : state)
-            benchmark::DoNotOptimize(QCoreApplication::arguments());
-    }
-    BENCHMARK(peerArguments);
+void peerSpdlog(benchmark::State &state)
+{
+    const auto logger = spdlog::basic_logger_mt("bench", qPrintable(directory + QLatin1String("/spd.log")));
+    logger->flush_on(spdlog::level::trace);
+    logger->set_pattern("%H:%M:%S.%e | %L | %!: %v");
+    int i = 0;
+    for (auto _ : state)
+        SPDLOG_LOGGER_INFO(logger, "received frame {} of 1000, state {}", ++i, "running");
+    spdlog::drop_all();
+}
+BENCHMARK(peerSpdlog);
 
-    // ------------------------------------------------------------------------------------------------ log
-    // file
+void lockHXSpinLocker(benchmark::State &state)
+{
+    static HXAtomicLock lock;
+    for (auto _ : state)
+        const HXSpinLocker locker(&lock, Q_FUNC_INFO, "");
+}
+BENCHMARK(lockHXSpinLocker);
 
-    void logLine(benchmark::State & state)
-    {
-        int i = 0;
-        for (auto _ : state)
-            qCInfo(category, "received frame %d of 1000, state %s", ++i, "running");
-    }
-    BENCHMARK(logLine);
+void peerQRecursiveMutex(benchmark::State &state)
+{
+    static QRecursiveMutex mutex;
+    for (auto _ : state)
+        const QMutexLocker locker(&mutex);
+}
+BENCHMARK(peerQRecursiveMutex);
 
-    void peerSpdlog(benchmark::State & state)
-    {
-        const auto logger =
-            spdlog::basic_logger_mt("bench", qPrintable(directory + QLatin1String("/spd.log")));
-        logger->flush_on(spdlog::level::trace);
-        logger->set_pattern("%H:%M:%S.%e | %L | %!: %v");
-        int i = 0;
-        for (auto _ : state)
-            SPDLOG_LOGGER_INFO(logger, "received frame {} of 1000, state {}", ++i, "running");
-        spdlog::drop_all();
-    }
-    BENCHMARK(peerSpdlog);
-
-    // ------------------------------------------------------------------------------------------------ lock
-
-    void lockHXSpinLocker(benchmark::State & state)
-    {
-        static HXAtomicLock lock;
-        for (auto _ : state)
-            const HXSpinLocker locker(&lock, Q_FUNC_INFO, "");
-    }
-    BENCHMARK(lockHXSpinLocker);
-
-    void peerQRecursiveMutex(benchmark::State & state)
-    {
-        static QRecursiveMutex mutex;
-        for (auto _ : state)
-            const QMutexLocker locker(&mutex);
-    }
-    BENCHMARK(peerQRecursiveMutex);
-
-    void peerStdRecursiveMutex(benchmark::State & state)
-    {
-        static std::recursive_mutex mutex;
-        for (auto _ : state)
-            const std::lock_guard<std::recursive_mutex> guard(mutex);
-    }
-    BENCHMARK(peerStdRecursiveMutex);
+void peerStdRecursiveMutex(benchmark::State &state)
+{
+    static std::recursive_mutex mutex;
+    for (auto _ : state)
+        const std::lock_guard<std::recursive_mutex> guard(mutex);
+}
+BENCHMARK(peerStdRecursiveMutex);
 
 } // namespace
 

@@ -79,13 +79,13 @@ Table identity()
 Table directories(QStringList &problems)
 {
     Table table{text("Directories"),
-                {text("directory"), text("option"), text("path"), text("exists"), text("writable")},
+                {text("directory"), text("option"), text("exists"), text("writable"), text("path")},
                 {}};
     for (const DirectoryRow &row : directoryRows) {
         const QString path = row.path(QString());
         const bool exists = !path.isEmpty() && QFileInfo(path).isDir();
         const bool writable = exists && isWritableDirectory(path);
-        table.rows.append({text(row.name), text(row.option), path, exists, writable});
+        table.rows.append({text(row.name), text(row.option), exists, writable, path});
         if (row.need != Need::Nothing && !exists)
             problems << text("The %1 directory %2 does not exist.").arg(text(row.name), path);
         else if (row.need == Need::Writability && !writable)
@@ -179,12 +179,12 @@ QStringList targets(const QJsonObject &environments)
 
 Table services(const QJsonObject &environments, QStringList &problems)
 {
-    Table table{text("Services"), {text("service"), text("URL"), text("by region")}, {}};
+    Table table{text("Services"), {text("service"), text("by region"), text("URL")}, {}};
     const QStringList names = targets(environments);
     for (const QString &target : names) {
         const QUrl url = OXUrls::url(target, QString(), true);
         const bool byRegion = OXUrls::instance()->regionsValue(target, text("baseUrl")).isValid();
-        table.rows.append({target, url.toString(), byRegion});
+        table.rows.append({target, byRegion, url.toString()});
         if (!url.isValid() || url.isRelative())
             problems << text("The service \"%1\" has no usable URL.").arg(target);
     }

@@ -69,7 +69,7 @@ public:
     /// Restores the previous message handler, closes the log file and releases the settings.
     ~AppConfig() override;
 
-    // ---------------------------------------------------------------------------------------------- start-up
+    // ---- start-up
 
     /**
      * Starts the executable up: identity, logging filter, command line, directories, settings, network,
@@ -92,8 +92,7 @@ public:
     /// Registers an option of the application. The texts are not copied and must live as long as the process.
     void addArgument(const char *name, qint32 valueCount, const char *help);
 
-    // ----------------------------------------------------------------------------------------- option
-    // queries
+    // ---- option queries
 
     /// Looks an option up: on the command line first, then in cmdArgs and in the application's own list.
     cmdArgInfo_t getArgInfo(QString name) const;
@@ -131,8 +130,7 @@ public:
     /// Whether the help printout lists the built-in options; true from the start.
     bool showBuiltinHelp = true;
 
-    // ---------------------------------------------------------------------------------------------
-    // directories
+    // ---- directories
 
     /// Gives every directory that no option has set its default, and makes the per-user base directory.
     void setupConfigPaths();
@@ -173,8 +171,7 @@ public:
     static QString paramterIniPath(); ///< "Parameters.ini" in the configuration directory.
     static QString paramterIniPathTHA(); ///< "Parameters_THA.ini" in the configuration directory.
 
-    // ------------------------------------------------------------------------------------------------
-    // settings
+    // ---- settings
 
     /**
      * The settings file of this executable: "Settings_" + application name + ".ini" in the variable
@@ -213,8 +210,7 @@ public:
      */
     static bool writeConf(QIODevice &device, const QSettings::SettingsMap &map);
 
-    // -------------------------------------------------------------------------------------------------
-    // logging
+    // ---- logging
 
     /// The debug log file, named by "--logoutput". Closed when none was asked for or it could not be opened.
     static QFile logOutputFile;
@@ -262,8 +258,7 @@ public:
     /// Reopens standard input, output and error on "/dev/null" with freopenstd().
     static void redirectStdFilesToNull();
 
-    // ---------------------------------------------------------------------------------------- exit and
-    // signals
+    // ---- exit and signals
 
     /**
      * Asks the event loop to end with @p code; logs and does nothing when the application is closing down
@@ -292,8 +287,7 @@ public:
     /// Always false.
     static bool runAsUser();
 
-    // -------------------------------------------------------------------------------------------------
-    // version
+    // ---- version
 
     static QString version(); ///< The application's version; empty before initialize().
     static QString majorMiniorMicroVersion(); ///< Its first three parts, "1.0.0" when it cannot be parsed.

@@ -25,8 +25,7 @@ namespace {
 std::mutex categoriesMutex;
 QLoggingCategory::CategoryFilter previousFilter = nullptr;
 
-// ---------------------------------------------------------------------------------------------- log file
-// lines
+// ---- log file lines
 
 // "h:mm:ss.zzz", without the locale: its first use by several threads at once can yield an empty text.
 QByteArray timeStamp()
@@ -57,7 +56,10 @@ const char *levelTag(QtMsgType type)
 
 QByteArray logLine(QtMsgType type, const QMessageLogContext &context, const QString &text)
 {
-    QByteArray line = AppConfig::disableTimestamp ? QByteArray() : timeStamp();
+    QByteArray line;
+    line.reserve(256); // most lines fit without growing it
+    if (!AppConfig::disableTimestamp)
+        line += timeStamp();
     line += levelTag(type);
     // Deliberate: without a function name neither text nor line end are written.
     if (context.function) {
@@ -87,8 +89,7 @@ void handleMessage(QtMsgType type, const QMessageLogContext &context, const QStr
         reportFatal(text);
 }
 
-// ---------------------------------------------------------------------------------------------- category
-// filter
+// ---- category filter
 
 // Whether the category is seen for the first time. Compares addresses only: an entry may be dangling.
 bool registerCategory(QLoggingCategory *category)
@@ -146,8 +147,7 @@ QLoggingCategory *AppConfig::loggingCategoriesFromIndex(qint32 index)
     return *std::next(loggingCategories.cbegin(), index);
 }
 
-// ---------------------------------------------------------------------------------------------- function
-// traces
+// ---- function traces
 
 qint32 DebugInfoEnterExit::debugLevel = -1;
 
