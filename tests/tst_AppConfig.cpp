@@ -212,7 +212,8 @@ void tst_AppConfig::keepsAsciiThroughConf()
 void tst_AppConfig::opensIoMap()
 {
     const QSharedPointer<QSettings> first = AppConfig::ioMapSettings();
-    QCOMPARE(first->fileName(), QStringLiteral("/etc/iomap.conf"));
+    QVERIFY(
+        first->fileName().endsWith(QStringLiteral("/etc/iomap.conf"))); // behind a drive letter on Windows
     QVERIFY(first->format() >= QSettings::CustomFormat1);
     QCOMPARE(first->iniCodec()->name(), QByteArray("UTF-8"));
     QVERIFY(first != AppConfig::ioMapSettings());
@@ -309,7 +310,8 @@ void tst_AppConfig::endsFileNamesAtNul()
 {
     QCOMPARE(AppConfig::sharePath(QStringLiteral("a") + QChar(0) + QStringLiteral("b")),
              AppConfig::sharePath(QStringLiteral("a")));
-    QCOMPARE(AppConfig::sharePath(QStringLiteral("/etc/passwd")), QStringLiteral("/etc/passwd"));
+    const QString absolute = QDir::rootPath() + QStringLiteral("etc/passwd");
+    QCOMPARE(AppConfig::sharePath(absolute), absolute);
 }
 
 void tst_AppConfig::tellsNoTimeBeforeTheStart()

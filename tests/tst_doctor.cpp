@@ -95,7 +95,7 @@ void tst_doctor::namesProblems_data()
                                << QString::fromLatin1(problem);
     };
     row("--confpath none", "", "", "The configuration directory ");
-    row("--confpath none", "", "", "cannot be read: No such file or directory.");
+    row("--confpath none", "", "", "OlvexUrls.json cannot be read: ");
     row("--varpath data/etc/OlvexUrls.json/x", "", "", "The variable data directory ");
     row("--logoutput none/x.log", "", "", "The log file none/x.log cannot be written: ");
     row("--unknown --tmppath . x", "", "", "The option --unknown is unknown and was ignored.");

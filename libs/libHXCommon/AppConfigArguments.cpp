@@ -1,6 +1,7 @@
 #include "AppConfig.h"
 
 #include "AppConfigLogging.h"
+#include "platform/Platform.h"
 
 #include <QCoreApplication>
 
@@ -166,7 +167,7 @@ void AppConfig::openLogFile()
     logOutputFile.setFileName(argumentValue(QStringLiteral("--logoutput"), QString()));
     if (logOutputFile.fileName().isEmpty())
         return;
-    if (!logOutputFile.open(QIODevice::WriteOnly | QIODevice::Append))
+    if (!platform::openForAppending(logOutputFile))
         std::fprintf(stderr, "Unable to open %s for writting\n", qPrintable(logOutputFile.fileName()));
 }
 

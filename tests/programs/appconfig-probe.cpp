@@ -252,6 +252,7 @@ const std::map<QString, int (*)()> actions = {
 
 int main(int argc, char **argv)
 {
+    qputenv("QT_FORCE_STDERR_LOGGING", "1"); // Windows: this process has no console
     const QCoreApplication application(argc, argv);
     const QLoggingCategory early(earlyName);
     AppConfig &config = *AppConfig::instance();

@@ -5,7 +5,7 @@
 #include <QProcessEnvironment>
 #include <QString>
 
-/// How a child process ended and what it printed.
+/// How a child process ended and what it printed, with "\n" at the end of every line on every system.
 struct ChildResult {
     int exitCode;
     bool crashed;
@@ -32,8 +32,9 @@ inline ChildResult finishChild(QProcess &process)
         process.kill();
         process.waitForFinished();
     }
-    return {process.exitCode(), process.exitStatus() != QProcess::NormalExit, process.readAllStandardOutput(),
-            process.readAllStandardError()};
+    return {process.exitCode(), process.exitStatus() != QProcess::NormalExit,
+            process.readAllStandardOutput().replace("\r\n", "\n"),
+            process.readAllStandardError().replace("\r\n", "\n")};
 }
 
 /// Runs a program to its end.

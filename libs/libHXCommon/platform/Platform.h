@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <cstdio>
 
+class QFile;
+
 /// What differs between operating systems; private to the library. One source file per system.
 namespace platform {
 
@@ -19,7 +21,10 @@ struct TimeOfDay {
 /// The current local time, following a change of the time zone within a second; from any thread.
 TimeOfDay localTimeOfDay();
 
-/// Appends all bytes to the file behind @p descriptor in one piece; from any thread, errors are ignored.
+/// Opens a named file so that append() adds to its end, and makes it when missing.
+bool openForAppending(QFile &file);
+
+/// Adds all bytes in one piece to a file opened so; from any thread, errors are ignored.
 void append(int descriptor, const char *data, std::size_t size);
 
 /// The descriptor of a standard stream, negative when it has none.

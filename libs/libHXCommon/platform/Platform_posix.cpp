@@ -1,5 +1,7 @@
 #include "Platform.h"
 
+#include <QFile>
+
 #include <cerrno>
 #include <csignal>
 #include <ctime>
@@ -51,6 +53,11 @@ TimeOfDay localTimeOfDay()
         cachedSecond = now.tv_sec;
     }
     return {cached.tm_hour, cached.tm_min, cached.tm_sec, int(now.tv_nsec / 1000000)};
+}
+
+bool openForAppending(QFile &file)
+{
+    return file.open(QIODevice::WriteOnly | QIODevice::Append);
 }
 
 void append(int descriptor, const char *data, std::size_t size)

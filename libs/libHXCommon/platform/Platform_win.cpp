@@ -1,5 +1,7 @@
 #include "Platform.h"
 
+#include <QFile>
+
 #include <fcntl.h>
 #include <io.h>
 
@@ -33,15 +35,24 @@ TimeOfDay localTimeOfDay()
     return {now.wHour, now.wMinute, now.wSecond, now.wMilliseconds};
 }
 
+// A handle that may append and nothing else: the system adds each write to the end in one piece.
+bool openForAppending(QFile &file)
+{
+    const auto path = reinterpret_cast<const wchar_t *>(file.fileName().utf16());
+    const HANDLE handle =
+        CreateFileW(path, FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                    OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (handle == INVALID_HANDLE_VALUE)
+        return false;
+    const int descriptor = _open_osfhandle(reinterpret_cast<intptr_t>(handle), _O_APPEND | _O_BINARY);
+    return file.open(descriptor, QIODevice::WriteOnly | QIODevice::Append, QFileDevice::AutoCloseHandle);
+}
+
 void append(int descriptor, const char *data, std::size_t size)
 {
-    // This offset stands for the end of the file: the system appends in one piece, whatever other threads do.
-    OVERLAPPED end{};
-    end.Offset = 0xFFFFFFFF;
-    end.OffsetHigh = 0xFFFFFFFF;
     DWORD written = 0;
     WriteFile(reinterpret_cast<HANDLE>(_get_osfhandle(descriptor)), data, static_cast<DWORD>(size), &written,
-              &end);
+              nullptr);
 }
 
 int descriptorOf(std::FILE *stream)
