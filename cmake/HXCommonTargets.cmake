@@ -22,13 +22,14 @@ function(hxcommon_add_program name)
   target_link_libraries(${name} PRIVATE ${arg_LIBRARIES})
 endfunction()
 
-# hxcommon_add_test(<name> SOURCES <file>... [LIBRARIES <target>...] [PROGRAMS <target>...] [LABELS <label>...])
+# hxcommon_add_test(<name> SOURCES <file>... [LIBRARIES <target>...] [PROGRAMS <target>...] [LABELS <label>...]
+#                   [ARGUMENTS <argument>...])
 #
 # A test program and its ctest entry. It runs in a directory of its own, which is also its home, its temporary
 # directory and its APPDATA, without any QT_* variable of the caller. A program P named under PROGRAMS is built
 # first, and its path reaches the sources as the string literal P_PATH, in upper case.
 function(hxcommon_add_test name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES;PROGRAMS;LABELS")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES;PROGRAMS;LABELS;ARGUMENTS")
   hxcommon_add_program(${name} SOURCES ${arg_SOURCES} LIBRARIES ${arg_LIBRARIES})
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests/support)
   foreach(program IN LISTS arg_PROGRAMS)
@@ -40,7 +41,7 @@ function(hxcommon_add_test name)
 
   set(sandbox ${CMAKE_CURRENT_BINARY_DIR}/sandbox/${name})
   file(MAKE_DIRECTORY ${sandbox}/tmp)
-  add_test(NAME ${name} COMMAND ${name} WORKING_DIRECTORY ${sandbox})
+  add_test(NAME ${name} COMMAND ${name} ${arg_ARGUMENTS} WORKING_DIRECTORY ${sandbox})
   set_tests_properties(${name} PROPERTIES
     LABELS "${arg_LABELS}"
     TIMEOUT 300
