@@ -8,7 +8,7 @@
 
 QString AppConfig::settingIniPath(bool migrate)
 {
-    const QString path =
+    QString path =
         varEtcPath(QLatin1String("Settings_") + QCoreApplication::applicationName() + QLatin1String(".ini"));
     if (!migrate)
         return path;
@@ -35,7 +35,7 @@ QSharedPointer<QSettings> AppConfig::settings()
 
 QSharedPointer<QSettings> AppConfig::ioMapSettings()
 {
-    const auto settings = QSharedPointer<QSettings>::create(ioMapIniPath(), instance()->m_confFormat);
+    auto settings = QSharedPointer<QSettings>::create(ioMapIniPath(), instance()->m_confFormat);
     settings->setIniCodec("UTF-8");
     return settings;
 }
