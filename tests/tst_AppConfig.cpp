@@ -3,10 +3,11 @@
 #include <AppConfig.h>
 #include <OXVersion.h>
 
+#include "Cases.h"
+
 #include <QBuffer>
 #include <QMetaMethod>
 #include <QTextCodec>
-#include <QtTest>
 
 #include <thread>
 
@@ -50,7 +51,6 @@ private Q_SLOTS:
     void keepsAsciiThroughConf();
     void opensIoMap();
     void testsSettings();
-    void tellsVersions_data();
     void tellsVersions();
     void tellsFixedFacts();
     void keepsSystemVersion();
@@ -75,59 +75,59 @@ void tst_AppConfig::cleanup()
     setCommandLine({});
 }
 
+namespace {
+
+const struct {
+    const char *name; // the command line, then the option asked for
+    int index;
+    int valueCount;
+    const char *value; // with the default "d"
+    int number; // with the default 5
+    const char *values; // joined by "|"
+} lookUps[] = {
+    {": --tmppath", -1, -1, "d", 5, ""},
+    {"--tmppath /t: --tmppath", 1, 1, "/t", 5, "/t"},
+    {"--tmppath /t: tmppath", 1, 1, "/t", 5, "/t"},
+    {"x --tmppath: --tmppath", 2, 1, "d", 5, ""}, // one value, which is empty
+    {"--tmppath --null: --tmppath", 1, 1, "--null", 5, "--null"},
+    {"--TMPPATH /t: --tmppath", -1, -1, "d", 5, ""},
+    {"--debugLevel 1 --debugLevel 2: --debugLevel", 1, 1, "1", 1, "1"},
+    {"--debugLevel abc: debugLevel", 1, 1, "abc", 5, "abc"},
+    {"--debugLevel 2147483648: debugLevel", 1, 1, "2147483648", 5, "2147483648"},
+    {"--debugLevel -7: debugLevel", 1, 1, "-7", -7, "-7"},
+    {"--debugLevel 0x10: debugLevel", 1, 1, "0x10", 5, "0x10"},
+    {"--null 7: null", 1, 0, "d", 5, ""},
+    {"--unknown 7: unknown", 1, -1, "d", 5, ""},
+    {"--datapath /d: datapath", 1, -1, "d", 5, ""},
+    {"--own 7: own", 1, 1, "7", 7, "7"},
+    {"--pair 7 8 9: pair", 1, 2, "7", 7, "7|8"},
+    {"--pair 7: pair", 1, 2, "7", 7, "7|"},
+    {"--many 7 8: many", 1, 0, "d", 5, ""}, // a variable number always counts 0
+    {"--help 7: help", 1, 0, "d", 5, ""},
+    {"program: program", -1, -1, "d", 5, ""},
+};
+
+} // namespace
+
 void tst_AppConfig::looksOptionsUp_data()
 {
-    QTest::addColumn<QString>("commandLine");
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<int>("index");
-    QTest::addColumn<int>("valueCount");
-    QTest::addColumn<QString>("value"); // with the default "d"
-    QTest::addColumn<int>("number"); // with the default 5
-    QTest::addColumn<QString>("values"); // joined by "|"
-
-    const auto row = [](const char *commandLine, const char *name, int index, int valueCount,
-                        const char *value, int number, const char *values) {
-        QTest::addRow("%s: %s", commandLine, name)
-            << QString::fromUtf8(commandLine) << QString::fromUtf8(name) << index << valueCount
-            << QString::fromUtf8(value) << number << QString::fromUtf8(values);
-    };
-    row("", "--tmppath", -1, -1, "d", 5, "");
-    row("--tmppath /t", "--tmppath", 1, 1, "/t", 5, "/t");
-    row("--tmppath /t", "tmppath", 1, 1, "/t", 5, "/t");
-    row("x --tmppath", "--tmppath", 2, 1, "d", 5, ""); // one value, which is empty
-    row("--tmppath --null", "--tmppath", 1, 1, "--null", 5, "--null");
-    row("--TMPPATH /t", "--tmppath", -1, -1, "d", 5, "");
-    row("--debugLevel 1 --debugLevel 2", "--debugLevel", 1, 1, "1", 1, "1");
-    row("--debugLevel abc", "debugLevel", 1, 1, "abc", 5, "abc");
-    row("--debugLevel 2147483648", "debugLevel", 1, 1, "2147483648", 5, "2147483648");
-    row("--debugLevel -7", "debugLevel", 1, 1, "-7", -7, "-7");
-    row("--debugLevel 0x10", "debugLevel", 1, 1, "0x10", 5, "0x10");
-    row("--null 7", "null", 1, 0, "d", 5, "");
-    row("--unknown 7", "unknown", 1, -1, "d", 5, "");
-    row("--datapath /d", "datapath", 1, -1, "d", 5, "");
-    row("--own 7", "own", 1, 1, "7", 7, "7");
-    row("--pair 7 8 9", "pair", 1, 2, "7", 7, "7|8");
-    row("--pair 7", "pair", 1, 2, "7", 7, "7|");
-    row("--many 7 8", "many", 1, 0, "d", 5, ""); // a variable number always counts 0
-    row("--help 7", "help", 1, 0, "d", 5, "");
-    row("program", "program", -1, -1, "d", 5, "");
+    addCases(lookUps);
 }
 
 void tst_AppConfig::looksOptionsUp()
 {
-    QFETCH(QString, commandLine);
-    QFETCH(QString, name);
-    QFETCH(int, index);
-    setCommandLine(words(qPrintable(commandLine)));
+    const auto &c = currentCase(lookUps);
+    const QStringList parts = QString::fromLatin1(c.name).split(QStringLiteral(": "));
+    const QString name = parts.last();
+    setCommandLine(words(qPrintable(parts.first())));
 
     const AppConfig &config = *AppConfig::instance();
-    const AppConfig::cmdArgInfo_t info = config.getArgInfo(name);
-    QCOMPARE(info.index, index);
-    QTEST(info.valueCount, "valueCount");
-    QTEST(config.argumentValue(name, QStringLiteral("d")), "value");
-    QTEST(config.argumentValue(name, 5), "number");
-    QTEST(config.argumentValues(name).join(QLatin1Char('|')), "values");
-    QCOMPARE(AppConfig::argumentExits(name), index != -1);
+    QCOMPARE(config.getArgInfo(name).index, c.index);
+    QCOMPARE(config.getArgInfo(name).valueCount, c.valueCount);
+    QCOMPARE(config.argumentValue(name, QStringLiteral("d")), QString::fromLatin1(c.value));
+    QCOMPARE(config.argumentValue(name, 5), c.number);
+    QCOMPARE(config.argumentValues(name).join(QLatin1Char('|')), QString::fromLatin1(c.values));
+    QCOMPARE(AppConfig::argumentExits(name), c.index != -1);
 }
 
 void tst_AppConfig::fixesNames()
@@ -152,37 +152,44 @@ void tst_AppConfig::countsValuesOfOddPositions()
     }
 }
 
+namespace {
+
+const struct {
+    const char *name;
+    QByteArray text;
+    const char *entries; // "key>value" joined by ","
+} confs[] = {
+    {"plain", "a=1\nb=2\n", "a>1,b>2"},
+    {"no line end", "a=1", "a>1"},
+    {"later wins", "a=1\na=2\n", "a>2"},
+    {"empty key, empty value", "=1\na=\n", ">1,a>"},
+    {"no or two signs", "a\n\nb=1=2\nc=3\n", "c>3"},
+    {"nothing trimmed", " a = 1 \r\n", " a > 1 \r"},
+    {"no groups, no comments", "x/y=1\n#c=2\n[g]\n", "#c>2,x/y>1"},
+    {"Latin-1", "a=\xfc\n", "a>ü"},
+    {"ends at NUL", QByteArray("a=1\0x=2\nb=3\n", 12), "a>1,b>3"},
+    {"empty", "", ""},
+};
+
+} // namespace
+
 void tst_AppConfig::readsConf_data()
 {
-    QTest::addColumn<QByteArray>("text");
-    QTest::addColumn<QString>("entries"); // "key>value" joined by ","
-    const auto row = [](const char *name, const QByteArray &text, const char *entries) {
-        QTest::newRow(name) << text << QString::fromUtf8(entries);
-    };
-    row("plain", "a=1\nb=2\n", "a>1,b>2");
-    row("no line end", "a=1", "a>1");
-    row("later wins", "a=1\na=2\n", "a>2");
-    row("empty value", "a=\n", "a>");
-    row("empty key", "=1\n", ">1");
-    row("no or two signs", "a\n\nb=1=2\nc=3\n", "c>3");
-    row("nothing trimmed", " a = 1 \r\n", " a > 1 \r");
-    row("no groups, no comments", "x/y=1\n#c=2\n[g]\n", "#c>2,x/y>1");
-    row("Latin-1", "a=\xfc\n", "a>ü");
-    row("ends at NUL", QByteArray("a=1\0x=2\nb=3\n", 12), "a>1,b>3");
-    row("empty", "", "");
+    addCases(confs);
 }
 
 void tst_AppConfig::readsConf()
 {
-    QFETCH(QByteArray, text);
-    QBuffer buffer(&text);
+    const auto &c = currentCase(confs);
+    QBuffer buffer;
+    buffer.setData(c.text);
     QVERIFY(buffer.open(QIODevice::ReadOnly));
     QSettings::SettingsMap map;
     QVERIFY(AppConfig::readConf(buffer, map));
     QStringList entries;
     for (auto entry = map.cbegin(); entry != map.cend(); ++entry)
         entries << entry.key() + QLatin1Char('>') + entry.value().toString();
-    QTEST(entries.join(QLatin1Char(',')), "entries");
+    QCOMPARE(entries.join(QLatin1Char(',')), QString::fromUtf8(c.entries));
 }
 
 void tst_AppConfig::writesConf()
@@ -237,29 +244,15 @@ void tst_AppConfig::testsSettings()
     QCOMPARE(AppConfig::testSetting("applicationName", 0), QVariant(QStringLiteral("tst_AppConfig")));
 }
 
-void tst_AppConfig::tellsVersions_data()
-{
-    QTest::addColumn<QString>("version");
-    QTest::addColumn<QString>("threeParts");
-    const auto row = [](const char *version, const char *threeParts) {
-        QTest::newRow(version) << QString::fromLatin1(version) << QString::fromLatin1(threeParts);
-    };
-    row("8.0.2.1", "8.0.2");
-    row("7.1", "7.1");
-    row("8", "8");
-    row("08.00.02.1", "8.0.2");
-    row("1..2", "1");
-    row("1.2-beta", "1.2");
-    row("nonsense", "1.0.0");
-    row("", "1.0.0");
-    row("99999999999.1", "1.0.0");
-}
-
 void tst_AppConfig::tellsVersions()
 {
-    QFETCH(QString, version);
-    QCoreApplication::setApplicationVersion(version);
-    QTEST(AppConfig::majorMiniorMicroVersion(), "threeParts");
+    for (const auto &[version, threeParts] :
+         {std::pair("8.0.2.1", "8.0.2"), std::pair("7.1", "7.1"), std::pair("8", "8"),
+          std::pair("08.00.02.1", "8.0.2"), std::pair("1..2", "1"), std::pair("1.2-beta", "1.2"),
+          std::pair("nonsense", "1.0.0"), std::pair("", "1.0.0"), std::pair("99999999999.1", "1.0.0")}) {
+        QCoreApplication::setApplicationVersion(QString::fromLatin1(version));
+        QCOMPARE(AppConfig::majorMiniorMicroVersion(), QString::fromLatin1(threeParts));
+    }
 }
 
 void tst_AppConfig::tellsFixedFacts()

@@ -1,8 +1,9 @@
 #include <OXVersion.h>
 
+#include "Cases.h"
+
 #include <QJSEngine>
 #include <QMetaMethod>
-#include <QtTest>
 
 #include <limits>
 
@@ -12,123 +13,99 @@ class tst_OXVersion : public QObject {
 private Q_SLOTS:
     void parses_data();
     void parses();
-    void rejects_data();
     void rejects();
-    void comparesMajorAndMinor_data();
-    void comparesMajorAndMinor();
-    void orders_data();
-    void orders();
+    void compares_data();
+    void compares();
     void worksFromScripts();
     void listsItsMethodsInOrder();
     void prints();
 };
 
+namespace {
+
+const struct {
+    const char *name;
+    qint64 major, minor, patch, build;
+    const char *type;
+    const char *printed;
+} versions[] = {
+    {"1.2.3", 1, 2, 3, 0, "", "1.2.3.0"},
+    {"1.2.3.4", 1, 2, 3, 4, "", "1.2.3.4"},
+    {"1.2.3-4", 1, 2, 3, 4, "", "1.2.3.4"},
+    {"1.2.3.4-beta", 1, 2, 3, 4, "beta", "1.2.3.4-beta"},
+    {"1.2.3-rc", 1, 2, 3, 0, "rc", "1.2.3.0-rc"},
+    {"1.2.3rc", 1, 2, 3, 0, "rc", "1.2.3.0-rc"},
+    {"1.2.3-", 1, 2, 3, 0, "", "1.2.3.0"},
+    {"1.2.3.4-5", 1, 2, 3, 4, "5", "1.2.3.4-5"},
+    {"1.2.3.4.5", 1, 2, 3, 0, "", "1.2.3.0"},
+    {"1.2.3-beta.1", 1, 2, 3, 0, "", "1.2.3.0"},
+    {"1.2.3 x\n", 1, 2, 3, 0, "", "1.2.3.0"},
+    {"9223372036854775807.9223372036854775808.0", std::numeric_limits<qint64>::max(), 0, 0, 0, "",
+     "9223372036854775807.0.0.0"},
+    {"١.٢.٣", 0, 0, 0, 0, "", "0.0.0.0"}, // Unicode digits match but do not convert
+};
+
+const struct {
+    const char *name;
+    const char *other;
+    bool equal; // in major and minor
+    bool less;
+} comparisons[] = {
+    {"99.0.0", "99.7.1", true, true}, // the rule for 99 holds for equality only
+    {"98.0.0", "98.1.0", false, true},
+    {"98.1.2", "98.1.3-rc", true, true},
+    {"2.3.5", "2.3.4", true, false},
+    {"2.3.4-beta", "2.3.4", true, false},
+    {"2.3.4", "2.3.4-beta", true, false},
+    {"invalid", "0.0.1", true, true}, // an invalid version compares by its zeros
+    {"0.65536.0", "1.0.0", true, false}, // fields are not masked
+    {"0.0.65536", "0.1.0", false, false},
+    {"4096.0.0", "0.0.0", true, false}, // the top is cut off at 64 bits
+    {"2048.0.0", "0.0.0", false, true}, // and the key is signed
+};
+
+} // namespace
+
 void tst_OXVersion::parses_data()
 {
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QVector<qint64>>("numbers");
-    QTest::addColumn<QString>("type");
-    QTest::addColumn<QString>("printed");
-
-    const auto row = [](const char *text, QVector<qint64> numbers, const char *type, const char *printed) {
-        QTest::newRow(text) << QString::fromUtf8(text) << numbers << QString::fromUtf8(type)
-                            << QString::fromUtf8(printed);
-    };
-    row("1.2.3", {1, 2, 3, 0}, "", "1.2.3.0");
-    row("1.2.3.4", {1, 2, 3, 4}, "", "1.2.3.4");
-    row("1.2.3-4", {1, 2, 3, 4}, "", "1.2.3.4");
-    row("1.2.3.4-beta", {1, 2, 3, 4}, "beta", "1.2.3.4-beta");
-    row("1.2.3-rc", {1, 2, 3, 0}, "rc", "1.2.3.0-rc");
-    row("1.2.3rc", {1, 2, 3, 0}, "rc", "1.2.3.0-rc");
-    row("1.2.3-", {1, 2, 3, 0}, "", "1.2.3.0");
-    row("1.2.3.4-5", {1, 2, 3, 4}, "5", "1.2.3.4-5");
-    row("1.2.3.4.5", {1, 2, 3, 0}, "", "1.2.3.0");
-    row("1.2.3-beta.1", {1, 2, 3, 0}, "", "1.2.3.0");
-    row("1.2.3 x\n", {1, 2, 3, 0}, "", "1.2.3.0");
-    row("9223372036854775807.9223372036854775808.0", {std::numeric_limits<qint64>::max(), 0, 0, 0}, "",
-        "9223372036854775807.0.0.0");
-    row("١.٢.٣", {0, 0, 0, 0}, "", "0.0.0.0"); // Unicode digits match but do not convert
+    addCases(versions);
 }
 
 void tst_OXVersion::parses()
 {
-    QFETCH(QString, text);
-    const OXVersion version(text);
+    const auto &c = currentCase(versions);
+    const OXVersion version(QString::fromUtf8(c.name));
     QVERIFY(version.isValid());
-    QTEST((QVector<qint64>{version.major, version.minor, version.patch, version.build}), "numbers");
-    QTEST(version.type, "type");
-    QTEST(version.toString(), "printed");
-}
-
-void tst_OXVersion::rejects_data()
-{
-    QTest::addColumn<QString>("text");
-    for (const char *text : {"", "1", "1.2", "1.2.", "a.b.c", " 1.2.3", "v1.2.3", "-1.2.3", "1,2,3"})
-        QTest::newRow(text) << QString::fromLatin1(text);
+    QCOMPARE((QVector<qint64>{version.major, version.minor, version.patch, version.build}),
+             (QVector<qint64>{c.major, c.minor, c.patch, c.build}));
+    QCOMPARE(version.type, QString::fromLatin1(c.type));
+    QCOMPARE(version.toString(), QString::fromLatin1(c.printed));
 }
 
 void tst_OXVersion::rejects()
 {
-    QFETCH(QString, text);
-    const OXVersion version(text);
-    QVERIFY(!version.isValid());
-    QCOMPARE(version.toString(), QString());
-    QVERIFY(version.isMajorMinorEqual(OXVersion())); // all numbers are 0
+    for (const char *text : {"", "1", "1.2", "1.2.", "a.b.c", " 1.2.3", "v1.2.3", "-1.2.3", "1,2,3"}) {
+        const OXVersion version(QString::fromLatin1(text));
+        QVERIFY2(!version.isValid() && version.toString().isEmpty(), text);
+    }
 }
 
-void tst_OXVersion::comparesMajorAndMinor_data()
+void tst_OXVersion::compares_data()
 {
-    QTest::addColumn<QString>("left");
-    QTest::addColumn<QString>("right");
-    QTest::addColumn<bool>("equal");
-    const auto row = [](const char *left, const char *right, bool equal) {
-        QTest::addRow("%s|%s", left, right)
-            << QString::fromLatin1(left) << QString::fromLatin1(right) << equal;
-    };
-    row("99.0.0", "99.7.1", true);
-    row("98.0.0", "98.1.0", false);
-    row("98.1.2", "98.1.3-rc", true);
-    row("1.65536.0", "1.0.0", true); // fields are not masked: the spilled bit is set already
-    row("0.65536.0", "1.0.0", true);
-    row("4096.0.0", "0.0.0", true); // and the top is cut off at 64 bits
+    addCases(comparisons);
 }
 
-void tst_OXVersion::comparesMajorAndMinor()
+void tst_OXVersion::compares()
 {
-    QFETCH(QString, left);
-    QFETCH(QString, right);
-    QTEST(OXVersion(left).isMajorMinorEqual(OXVersion(right)), "equal");
-    QTEST(OXVersion(right).isMajorMinorEqual(OXVersion(left)), "equal");
-}
-
-void tst_OXVersion::orders_data()
-{
-    QTest::addColumn<QString>("left");
-    QTest::addColumn<QString>("right");
-    QTest::addColumn<bool>("less");
-    const auto row = [](const char *left, const char *right, bool less) {
-        QTest::addRow("%s<%s", left, right)
-            << QString::fromLatin1(left) << QString::fromLatin1(right) << less;
-    };
-    row("2.3.4", "2.3.5", true);
-    row("2.3.4", "2.4.0", true);
-    row("2.3.5", "2.3.4", false);
-    row("2.3.4-beta", "2.3.4", false);
-    row("2.3.4", "2.3.4-beta", false);
-    row("99.0.0", "99.0.1", true); // no rule for 99 here
-    row("invalid", "0.0.1", true); // an invalid version compares by its zeros
-    row("0.0.65536", "0.1.0", false); // patch spills into minor
-    row("2048.0.0", "0.0.0", true); // the key is signed
-}
-
-void tst_OXVersion::orders()
-{
-    QFETCH(QString, left);
-    QFETCH(QString, right);
+    const auto &c = currentCase(comparisons);
+    const OXVersion left(QString::fromLatin1(c.name));
+    const OXVersion right(QString::fromLatin1(c.other));
+    QCOMPARE(left.isMajorMinorEqual(right), c.equal);
+    QCOMPARE(right.isMajorMinorEqual(left), c.equal);
     QJSEngine engine;
-    const QJSValue less = OXVersion(left).isMajorMinorMicroLess(engine.toScriptValue(OXVersion(right)));
+    const QJSValue less = left.isMajorMinorMicroLess(engine.toScriptValue(right));
     QVERIFY(less.isBool());
-    QTEST(less.toBool(), "less");
+    QCOMPARE(less.toBool(), c.less);
 }
 
 void tst_OXVersion::worksFromScripts()
