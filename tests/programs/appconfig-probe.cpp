@@ -6,6 +6,7 @@
 
 #include <QCoreApplication>
 #include <QLoggingCategory>
+#include <QThread>
 #include <QTimer>
 
 #include <cstdlib>
@@ -13,8 +14,9 @@
 #include <thread>
 #include <vector>
 
-#ifdef _WIN32
+#ifdef Q_OS_WIN
 #    include <io.h>
+#    include <windows.h>
 #else
 #    include <unistd.h>
 #endif
@@ -206,6 +208,23 @@ int waitForSignals()
     return code;
 }
 
+#ifdef Q_OS_WIN
+// Sends a console event to itself, through a console of its own. Were the event not handled, the process
+// would end.
+int raiseConsoleEvent()
+{
+    FreeConsole();
+    AllocConsole();
+    qInfo("installed=%d", AppConfig::cleanExit());
+    QTimer::singleShot(0, [] { GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0); });
+    const int code = QCoreApplication::exec();
+    qInfo("loop left with %d", code);
+    QThread::sleep(6); // the handler returns meanwhile
+    qInfo("alive");
+    return code;
+}
+#endif
+
 // Nobody reads the channel while these arrive.
 int floodSignals()
 {
@@ -246,6 +265,9 @@ const std::map<QString, int (*)()> actions = {
     {QStringLiteral("signals"), waitForSignals},
     {QStringLiteral("flood"), floodSignals},
     {QStringLiteral("descriptor"), writeToDescriptor},
+#ifdef Q_OS_WIN
+    {QStringLiteral("console"), raiseConsoleEvent},
+#endif
 };
 
 } // namespace
