@@ -57,7 +57,7 @@ private Q_SLOTS:
     void convertsVersions();
     void listsItsMethods();
     void isOneObject();
-    void endsFileNamesAtNul();
+    void resolvesOddFileNames();
     void tellsNoTimeBeforeTheStart();
 };
 
@@ -299,12 +299,21 @@ void tst_AppConfig::isOneObject()
     QCOMPARE(other, AppConfig::instance());
 }
 
-void tst_AppConfig::endsFileNamesAtNul()
+void tst_AppConfig::resolvesOddFileNames()
 {
+    const QString share = AppConfig::sharePath(QString());
     QCOMPARE(AppConfig::sharePath(QStringLiteral("a") + QChar(0) + QStringLiteral("b")),
-             AppConfig::sharePath(QStringLiteral("a")));
+             share + QStringLiteral("/a"));
     const QString absolute = QDir::rootPath() + QStringLiteral("etc/passwd");
     QCOMPARE(AppConfig::sharePath(absolute), absolute);
+#ifdef Q_OS_WIN
+    QCOMPARE(AppConfig::sharePath(QStringLiteral("D:/a")), QStringLiteral("D:/a"));
+    QCOMPARE(AppConfig::sharePath(QStringLiteral("D:\\a\\b")), QStringLiteral("D:\\a\\b"));
+    QCOMPARE(AppConfig::sharePath(QStringLiteral("日")),
+             share + QStringLiteral("/?")); // not in the code page
+#else
+    QCOMPARE(AppConfig::sharePath(QStringLiteral("日")), share + QStringLiteral("/日"));
+#endif
 }
 
 void tst_AppConfig::tellsNoTimeBeforeTheStart()
