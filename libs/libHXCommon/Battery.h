@@ -1,0 +1,42 @@
+#ifndef BATTERY_H
+#define BATTERY_H
+
+#include "HXCommonExport.h"
+
+#include <QObject>
+
+/// State of a manikin's batteries, as names for C++ and scripts.
+namespace Battery {
+Q_NAMESPACE_EXPORT(HXCOMMON_EXPORT)
+
+/// How full a battery is.
+enum BatteryLevels : int {
+    BatteryLevelInvalid = -1, ///< Not known.
+    BatteryLevelNormal = 0, ///< Normal.
+    BatteryLevelLow = 1, ///< Low.
+    BatteryLevelCritical = 2, ///< Critical.
+    BatteryLevelFatal = 3, ///< Fatal.
+};
+Q_ENUM_NS(BatteryLevels)
+
+/// Charges, in percent, that separate the levels.
+enum BatteryThresholds : int {
+    BatteryFullThreshold = 100, ///< Fully charged.
+    BatteryRechargeThreshold = 95, ///< Below it, a battery is recharged.
+    BatteryLowThreshold = 15, ///< Limit of BatteryLevelLow.
+    BatteryCriticalThreshold = 10, ///< Limit of BatteryLevelCritical.
+    BatteryFatalThreshold = 5, ///< Limit of BatteryLevelFatal.
+    LBPBatteryFatalThreshold = 3, ///< Limit of BatteryLevelFatal for LBP batteries.
+};
+Q_ENUM_NS(BatteryThresholds)
+
+/// What a BU battery is doing.
+enum BUBatteryStatus : int {
+    BatteryCharging = 0, ///< It is being charged.
+    BatteryNotCharging = 1, ///< It is not being charged.
+    BatteryDischarging = 2, ///< It is being discharged.
+};
+Q_ENUM_NS(BUBatteryStatus)
+} // namespace Battery
+
+#endif

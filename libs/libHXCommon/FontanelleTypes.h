@@ -1,0 +1,20 @@
+#ifndef FONTANELLETYPES_H
+#define FONTANELLETYPES_H
+
+#include "HXCommonExport.h"
+
+#include <QObject>
+
+/// Fontanelle of an infant, as names for C++ and scripts.
+namespace FontanelleTypes {
+Q_NAMESPACE_EXPORT(HXCOMMON_EXPORT)
+
+/// State of the fontanelle.
+enum Fontanelle_t : int {
+    Off = 0, ///< Normal.
+    Bulging = 1, ///< Bulging.
+};
+Q_ENUM_NS(Fontanelle_t)
+} // namespace FontanelleTypes
+
+#endif

@@ -1,0 +1,20 @@
+#ifndef HEADLIMPTYPES_H
+#define HEADLIMPTYPES_H
+
+#include "HXCommonExport.h"
+
+#include <QObject>
+
+/// Muscle tone of the neck, as names for C++ and scripts.
+namespace HeadLimpTypes {
+Q_NAMESPACE_EXPORT(HXCOMMON_EXPORT)
+
+/// How the head is held.
+enum HeadLimp_t : int {
+    Stiff = 0, ///< Stiffly.
+    Limp = 1, ///< Limply.
+};
+Q_ENUM_NS(HeadLimp_t)
+} // namespace HeadLimpTypes
+
+#endif
