@@ -1,0 +1,245 @@
+#ifndef ECGLIBRARY_H
+#define ECGLIBRARY_H
+
+#include "HXCommonExport.h"
+#include "RC_GUI.h"
+
+#include <QMap>
+#include <QObject>
+#include <QString>
+#include <QVariant>
+
+/**
+ * One ECG rhythm that a manikin can be set to: its id and the parameters that say how its heart rate may be
+ * chosen, how high the blood pressure may be, and which extrasystoles may be added to it.
+ *
+ * Screens and scripts get the configurations from ECGLibraries::getECGConfig(), build their controls from
+ * them and correct requested heart rates with validateHeartRate(). They stay owned by their library.
+ *
+ * @code
+ * ECGConfig *config = ECGLibraries::Instance().getECGConfig(QStringLiteral("infant"), 7);
+ * if (config)
+ *     heartRate = config->validateHeartRate(heartRate); // sinus rhythm: 20 to 240 beats/min
+ * @endcode
+ *
+ * The parameters are a dictionary. A key that has no meaning for a rhythm is not set. Rates are in beats/min,
+ * pressures in mmHg.
+ *
+ * | key | value | meaning |
+ * |---|---|---|
+ * | "RhythmTypeName" | string | symbolic name of the rhythm; two rhythms may share one |
+ * | "RateType" | int | how the rate is chosen, an RC_GUI::RateTypes_t |
+ * | "DefaultRate" | int | rate proposed when the rhythm is selected |
+ * | "RateMin", "RateMax" | int | bounds of the rate (RateRange) |
+ * | "FixedRate" | int | the only rate (RateFixed) |
+ * | "Rates" | list of int | the rates to choose from (RateDiscrete) |
+ * | "Ratios" | list of int | RC_GUI::AVBlockRatios_t to choose from (RateAVBlockRatio) |
+ * | "RatioTexts" | list of string | display text of each ratio, such as "3:2" |
+ * | "RatioHR" | list of int | heart rate of each ratio |
+ * | "DefaultRatio" | int | ratio proposed when the rhythm is selected |
+ * | "DefaultAmplitude" | int | amplitude proposed when the rhythm is selected (RateNone) |
+ * | "AmplitudeMin", "AmplitudeMax" | int | bounds of the amplitude |
+ * | "ExtraSystoles" | list of int | RC_GUI::ExtraSystole::Types_t that may be added |
+ * | "MaxBPSys" | int | highest systolic pressure allowed with the rhythm |
+ * | "MaxBPDia" | int | highest diastolic pressure allowed with the rhythm |
+ *
+ * An integer that is not configured reads as -1; a configured 0 reads as 0.
+ *
+ * Filled once by its library, then only read, from the main thread. There are no signals: every property is
+ * constant.
+ */
+class HXCOMMON_EXPORT ECGConfig : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(int rhythm READ getRhythm CONSTANT)
+    Q_PROPERTY(QString rhythmTypeName READ getRhythmTypeName CONSTANT)
+    Q_PROPERTY(int rate_type READ getRateType CONSTANT)
+    Q_PROPERTY(int heartrate_min READ getHeartRateMin CONSTANT)
+    Q_PROPERTY(int heartrate_max READ getHeartRateMax CONSTANT)
+    Q_PROPERTY(int heartrate_default READ getDefaultHeartRate CONSTANT)
+    Q_PROPERTY(int heartrate_fixed READ getFixedHeartRate CONSTANT)
+    Q_PROPERTY(int systolic_max READ getSystolicBloodPressureMax CONSTANT)
+    Q_PROPERTY(int diastolic_max READ getDiastolicBloodPressureMax CONSTANT)
+
+public:
+    /// A configuration with rhythm id 0 and no parameters.
+    explicit ECGConfig(QObject *parent = nullptr);
+
+    /// A configuration with the rhythm id and the parameters of @p other. Later changes to one do not reach
+    /// the other.
+    ECGConfig(const ECGConfig &other, QObject *parent);
+
+    /// The rhythm id.
+    int getRhythm() const { return m_rhythm; }
+
+    /// Sets the rhythm id. A library files a configuration under the id that it has when it is inserted.
+    void setRhythm(int rhythm) { m_rhythm = rhythm; }
+
+    /// Sets the parameter @p key to @p value, replacing the value it may have.
+    void append(const QString &key, const QVariant &value);
+
+    /// The value of a parameter; an invalid variant (undefined in a script) if it is not set.
+    Q_INVOKABLE QVariant getParam(const QString &a_ParamName) const;
+
+    /// The value of a parameter as an integer; -1 if it is not set or does not convert.
+    Q_INVOKABLE int getParamValueAsInt(const QString &a_ParamName) const;
+
+    /// "RhythmTypeName"; empty if not set.
+    Q_INVOKABLE QString getRhythmTypeName() const;
+
+    /// "RateType"; -1 if not set.
+    Q_INVOKABLE RC_GUI::RateTypes_t getRateType() const;
+
+    /// "DefaultRate"; -1 if not set.
+    Q_INVOKABLE int getDefaultHeartRate() const;
+
+    /// "RateMin"; -1 if not set.
+    Q_INVOKABLE int getHeartRateMin() const;
+
+    /// "RateMax"; -1 if not set.
+    Q_INVOKABLE int getHeartRateMax() const;
+
+    /// "FixedRate"; -1 if not set.
+    Q_INVOKABLE int getFixedHeartRate() const;
+
+    /// "MaxBPSys"; -1 if not set.
+    Q_INVOKABLE int getSystolicBloodPressureMax() const;
+
+    /// "MaxBPDia"; -1 if not set.
+    Q_INVOKABLE int getDiastolicBloodPressureMax() const;
+
+    /**
+     * The heart rate that the rhythm takes when @p a_HeartRate is asked for.
+     *
+     * | rate type | result |
+     * |---|---|
+     * | RC_GUI::RateRange | the rate, raised to "RateMin", then lowered to "RateMax" |
+     * | RC_GUI::RateFixed | "FixedRate" |
+     * | RC_GUI::RateDiscrete | the nearest of "Rates" |
+     * | RC_GUI::RateAVBlockRatio | the rate of the nearest ratio, from "RatioHR" |
+     * | RC_GUI::RateNone | 0 |
+     * | any other, or not set | the rate as it is |
+     *
+     * Of two equally near entries the earlier wins; from an empty list comes 0. "Ratios" says how many
+     * entries of "RatioHR" count; entries that "RatioHR" lacks read as 0. Nearness is the squared difference
+     * in 32 bits: it holds for differences up to 31622, beyond them the result is some entry of the list.
+     */
+    Q_INVOKABLE int validateHeartRate(int a_HeartRate);
+
+    /// The value from "Ratios" whose heart rate is nearest to @p a_HeartRate, by the rules of
+    /// validateHeartRate(); -1 if the rate type is not RC_GUI::RateAVBlockRatio.
+    Q_INVOKABLE RC_GUI::AVBlockRatios_t getRatioForHeartRate(int a_HeartRate) const;
+
+    /// Whether the rhythm lists any extrasystole type.
+    Q_INVOKABLE bool canHaveExtrasystoles() const;
+
+    /// Whether the rhythm lists @p a_ExtraSystoleType; always true for RC_GUI::ExtraSystole::NoExtraSystole.
+    Q_INVOKABLE bool isExtraSystoleAllowed(RC_GUI::ExtraSystoleTypes_t a_ExtraSystoleType) const;
+
+private:
+    QVariantList list(const QString &key) const;
+    int nearestRatio(int heartRate) const;
+
+    int m_rhythm = 0;
+    QMap<QString, QVariant> m_params;
+};
+
+/**
+ * The rhythm configurations for one manikin age, by rhythm id.
+ *
+ * The application uses ECGLibraries; this class holds and builds what that one hands out.
+ *
+ * There is one library per age, built from a fixed table when it is first asked for. The default library is
+ * the adults'; the child library is a copy of it; the infant and baby libraries are copies with other bounds
+ * of the heart rate for some rhythms. Default rates are the same at every age.
+ *
+ * A library owns its configurations. Main thread only: building is not guarded by a lock.
+ */
+class HXCOMMON_EXPORT ECGLibrary : public QObject {
+    Q_OBJECT
+
+public:
+    /// An empty library.
+    explicit ECGLibrary(QObject *parent = nullptr);
+
+    /// Deletes the configurations.
+    ~ECGLibrary() override;
+
+    /// The configuration for a rhythm id; null if there is none. It stays owned by the library, also when a
+    /// script asked for it.
+    Q_INVOKABLE ECGConfig *getECGConfig(int a_RhythmType) const;
+
+    /// All configurations by rhythm id; they stay owned by the library.
+    const QMap<int, ECGConfig *> &configs() const { return m_configs; }
+
+    /// The adults' library.
+    static ECGLibrary *getDefaultECGLibrary();
+
+    /// The children's library.
+    static ECGLibrary *getChildECGLibrary();
+
+    /// The infants' library.
+    static ECGLibrary *getInfantECGLibrary();
+
+    /// The babies' library.
+    static ECGLibrary *getBabyECGLibrary();
+
+    /**
+     * Deletes the four libraries; called when ECGLibraries is destroyed at process exit.
+     *
+     * The pointers below are left dangling: after this call no library may be asked for, and it must not be
+     * called a second time.
+     */
+    static void cleanup();
+
+    static ECGLibrary *m_DefaultECGLibrary; ///< The adults' library; null until first asked for.
+    static ECGLibrary *m_ChildECGLibrary; ///< The children's library; null until first asked for.
+    static ECGLibrary *m_InfantECGLibrary; ///< The infants' library; null until first asked for.
+    static ECGLibrary *m_BabyECGLibrary; ///< The babies' library; null until first asked for.
+
+public Q_SLOTS:
+    /**
+     * Adds @p config under its rhythm id and takes ownership of it, so it must have no parent.
+     *
+     * A configuration that was stored under that id is replaced but not deleted. Null is reported with a
+     * warning and ignored.
+     */
+    void insert(ECGConfig *config);
+
+private:
+    QMap<int, ECGConfig *> m_configs;
+};
+
+/**
+ * Entry point to the rhythm configurations of all manikin ages.
+ *
+ * @code
+ * engine.globalObject().setProperty(QStringLiteral("ECGLibraries"),
+ * engine.newQObject(&ECGLibraries::Instance()));
+ * engine.evaluate(QStringLiteral("ECGLibraries.getECGConfig('baby', 138).heartrate_max")); // 320
+ * @endcode
+ *
+ * Main thread only, but the first use may come from any thread.
+ */
+class HXCOMMON_EXPORT ECGLibraries : public QObject {
+    Q_OBJECT
+
+public:
+    /// The one object; made, together with all four libraries, on first use and destroyed at process exit.
+    static ECGLibraries &Instance();
+
+    /**
+     * The configuration of a rhythm on a manikin of the given age.
+     *
+     * @param a_ManikinAge "child", "infant" or "baby", in lower case; any other text is an adult
+     * @param a_RhythmType the rhythm id
+     * @return null if that age's library has no such rhythm. The configuration stays owned by the library: no
+     *         script engine ever deletes it.
+     */
+    Q_INVOKABLE ECGConfig *getECGConfig(const QString &a_ManikinAge, int a_RhythmType) const;
+
+private:
+    ECGLibraries();
+    ~ECGLibraries() override;
+};
+
+#endif

@@ -1,0 +1,152 @@
+#include <ECGLibrary.h>
+
+#include <QJSEngine>
+#include <QPointer>
+#include <QProcess>
+#include <QtTest>
+
+class tst_ECGLibraries : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void selectsByAge_data();
+    void selectsByAge();
+    void neverFallsBackToAdults();
+    void holdsEveryRhythmAtEveryAge();
+    void adaptsLimits_data();
+    void adaptsLimits();
+    void childIsAnIndependentCopy();
+    void surviveScripts();
+    void cleanUpAtExit();
+};
+
+namespace {
+
+ECGConfig *config(const char *age, int rhythm)
+{
+    return ECGLibraries::Instance().getECGConfig(QString::fromLatin1(age), rhythm);
+}
+
+} // namespace
+
+void tst_ECGLibraries::selectsByAge_data()
+{
+    QTest::addColumn<QString>("age");
+    QTest::addColumn<ECGLibrary *>("library");
+    ECGLibraries::Instance();
+    const auto row = [](const char *age, ECGLibrary *library) {
+        QTest::addRow("'%s'", age) << QString::fromLatin1(age) << library;
+    };
+    row("child", ECGLibrary::m_ChildECGLibrary);
+    row("baby", ECGLibrary::m_BabyECGLibrary);
+    row("infant", ECGLibrary::m_InfantECGLibrary);
+    for (const char *adult : {"default", "adult", "", "Child", "BABY", "infant "})
+        row(adult, ECGLibrary::m_DefaultECGLibrary);
+}
+
+void tst_ECGLibraries::selectsByAge()
+{
+    QFETCH(QString, age);
+    QFETCH(ECGLibrary *, library);
+    QVERIFY(library->getECGConfig(7));
+    QCOMPARE(ECGLibraries::Instance().getECGConfig(age, 7), library->getECGConfig(7));
+    QVERIFY(!ECGLibraries::Instance().getECGConfig(age, 999));
+}
+
+void tst_ECGLibraries::neverFallsBackToAdults()
+{
+    ECGLibraries::Instance();
+    auto *added = new ECGConfig;
+    added->setRhythm(1000);
+    ECGLibrary::m_DefaultECGLibrary->insert(added);
+    QCOMPARE(config("adult", 1000), added);
+    for (const char *age : {"child", "infant", "baby"})
+        QVERIFY(!config(age, 1000));
+}
+
+void tst_ECGLibraries::holdsEveryRhythmAtEveryAge()
+{
+    const QList<int> ids = {7,   8,   9,   10,  95,  103, 113, 120, 132, 138, 146, 148,
+                            149, 156, 166, 169, 172, 174, 175, 181, 200, 201, 202, 203,
+                            204, 205, 206, 207, 208, 209, 210, 211, 212, 213};
+    ECGLibraries::Instance();
+    for (const ECGLibrary *library :
+         {ECGLibrary::m_ChildECGLibrary, ECGLibrary::m_InfantECGLibrary, ECGLibrary::m_BabyECGLibrary})
+        QCOMPARE(library->configs().keys(), ids);
+    QCOMPARE(config("", 201)->getRhythmTypeName(), config("", 212)->getRhythmTypeName());
+    QVERIFY(config("", 201)->canHaveExtrasystoles() && !config("", 212)->canHaveExtrasystoles());
+}
+
+void tst_ECGLibraries::adaptsLimits_data()
+{
+    QTest::addColumn<int>("rhythm");
+    QTest::addColumn<QString>("limits"); // default rate, minimum and maximum of adult, infant and baby
+    QTest::newRow("sinus") << 7 << QStringLiteral("80 20 200, 80 20 240, 80 20 240");
+    QTest::newRow("sinusRBBB") << 203 << QStringLiteral("80 20 200, 80 20 240, 80 20 240");
+    QTest::newRow("sinusPostIschaemia") << 204 << QStringLiteral("80 20 200, 80 20 200, 80 20 200");
+    QTest::newRow("wanderingPacemaker") << 95 << QStringLiteral("180 140 260, 180 90 320, 180 90 320");
+    QTest::newRow("vt") << 138 << QStringLiteral("180 120 240, 180 120 320, 180 120 320");
+    QTest::newRow("vt2") << 213 << QStringLiteral("180 120 240, 180 120 240, 180 120 240");
+    QTest::newRow("asystoleIdioventricular") << 132 << QStringLiteral("80 10 100, 80 14 100, 80 10 100");
+    QTest::newRow("avBlock3") << 172 << QStringLiteral("40 10 50, 40 20 100, 40 20 100");
+    QTest::newRow("vf") << 146 << QStringLiteral("-1 -1 -1, -1 -1 -1, -1 -1 -1");
+}
+
+void tst_ECGLibraries::adaptsLimits()
+{
+    QFETCH(int, rhythm);
+    QStringList limits;
+    for (const char *age : {"adult", "infant", "baby"}) {
+        const ECGConfig *const adapted = config(age, rhythm);
+        limits << QStringLiteral("%1 %2 %3")
+                      .arg(adapted->getDefaultHeartRate())
+                      .arg(adapted->getHeartRateMin())
+                      .arg(adapted->getHeartRateMax());
+    }
+    QTEST(limits.join(QLatin1String(", ")), "limits");
+}
+
+void tst_ECGLibraries::childIsAnIndependentCopy()
+{
+    for (const ECGConfig *copy : ECGLibrary::getChildECGLibrary()->configs()) {
+        const ECGConfig *const original = ECGLibrary::getDefaultECGLibrary()->getECGConfig(copy->getRhythm());
+        QVERIFY(copy != original);
+        for (const char *key : {"RhythmTypeName", "RateMax", "RatioHR", "ExtraSystoles", "AmplitudeMin"})
+            QCOMPARE(copy->getParam(QString::fromLatin1(key)), original->getParam(QString::fromLatin1(key)));
+    }
+}
+
+void tst_ECGLibraries::surviveScripts()
+{
+    const QPointer<ECGConfig> held = config("baby", 138);
+    const QPointer<ECGLibraries> libraries = &ECGLibraries::Instance();
+    {
+        QJSEngine engine;
+        engine.globalObject().setProperty(QStringLiteral("libraries"), engine.newQObject(libraries));
+        const auto result = [&engine](const char *script) {
+            QString text = engine.evaluate(QString::fromLatin1(script)).toString();
+            engine.collectGarbage();
+            return text;
+        };
+        QCOMPARE(result("var vt = libraries.getECGConfig('baby', 138); vt.heartrate_max"),
+                 QStringLiteral("320"));
+        QCOMPARE(result("vt.validateHeartRate(400)"), QStringLiteral("320"));
+        QCOMPARE(result("libraries.getECGConfig('baby', 999)"), QStringLiteral("null"));
+        QCOMPARE(result("vt = null; libraries = null"), QStringLiteral("null"));
+    }
+    QVERIFY(held && libraries);
+    QCOMPARE(held->getHeartRateMax(), 320);
+}
+
+void tst_ECGLibraries::cleanUpAtExit()
+{
+    QProcess program;
+    program.start(QStringLiteral(MODEL_DUMP_PATH), QStringList());
+    QVERIFY(program.waitForFinished());
+    QCOMPARE(program.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(program.exitCode(), 0);
+    QCOMPARE(program.readAllStandardError().trimmed(), QByteArray("ECGLibraries cleanup"));
+}
+
+QTEST_GUILESS_MAIN(tst_ECGLibraries)
+#include "tst_ECGLibraries.moc"
