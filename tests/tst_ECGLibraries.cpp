@@ -1,8 +1,10 @@
 #include <ECGLibrary.h>
 
+#include "ChildProcess.h"
+
+#include <QDir>
 #include <QJSEngine>
 #include <QPointer>
-#include <QProcess>
 #include <QtTest>
 
 class tst_ECGLibraries : public QObject {
@@ -140,12 +142,10 @@ void tst_ECGLibraries::surviveScripts()
 
 void tst_ECGLibraries::cleanUpAtExit()
 {
-    QProcess program;
-    program.start(QStringLiteral(MODEL_DUMP_PATH), QStringList());
-    QVERIFY(program.waitForFinished());
-    QCOMPARE(program.exitStatus(), QProcess::NormalExit);
-    QCOMPARE(program.exitCode(), 0);
-    QCOMPARE(program.readAllStandardError().trimmed(), QByteArray("ECGLibraries cleanup"));
+    const ChildResult result = runChild(QStringLiteral(MODEL_DUMP_PATH), {}, QDir::currentPath());
+    QVERIFY(!result.crashed);
+    QCOMPARE(result.exitCode, 0);
+    QCOMPARE(result.err.trimmed(), QByteArray("ECGLibraries cleanup"));
 }
 
 QTEST_GUILESS_MAIN(tst_ECGLibraries)

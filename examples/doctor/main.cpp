@@ -3,6 +3,7 @@
 // Exit status: 0 nothing is wrong, 1 something is (or the task asked for failed), 2 the command line is
 // wrong.
 
+#include "ClinicalCommands.h"
 #include "Examination.h"
 
 #include <AppConfig.h>
@@ -35,6 +36,11 @@ struct Option {
 
 constexpr Option options[] = {
     {"--json", 0, "Prints the report as JSON", nullptr},
+    {"--rhythms", 1, "[age] Prints the ECG rhythms of an adult, child, infant or baby", runRhythms},
+    {"--rhythm", 1, "<id> Prints how a rhythm answers a heart rate, with --rate and --age", runRhythm},
+    {"--rate", 1, "<beats/min> Heart rate for --rhythm", nullptr},
+    {"--age", 1, "<age> Age for --rhythm, adult unless given", nullptr},
+    {"--products", 0, "Prints the manikin types and their products", runProducts},
 };
 
 bool isAskedFor(const Option &option)
