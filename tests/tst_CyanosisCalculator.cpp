@@ -34,6 +34,7 @@ void tst_CyanosisCalculator::calculates_data()
     QTest::newRow("above 100") << 100 << 250 << 2 << -8 << 4 << 2.3;
     QTest::newRow("100") << 100 << 100 << 2 << -8 << 4 << 2.3;
     QTest::newRow("above 100 is not raised") << 110 << 101 << 2 << -120 << 4 << 0.0;
+    QTest::newRow("100 is raised") << 110 << 100 << 2 << -120 << 4 << 3.0;
     QTest::newRow("raised to -lowerOffset") << -5 << -20 << 3 << -8 << 4 << 3.0;
     QTest::newRow("raised, to 0") << -5 << -20 << 3 << 0 << 4 << 0.0;
     QTest::newRow("saturation 0") << -5 << 0 << 3 << 8 << 4 << 0.0;

@@ -197,7 +197,8 @@ void tst_Vocabulary::reachesScripts()
 void tst_Vocabulary::refusesLowerCaseKeysInQml()
 {
     QQmlEngine engine;
-    for (const QString &key : keysOf(BLSService::staticMetaObject)) {
+    const QStringList keys = keysOf(BLSService::staticMetaObject);
+    for (const QString &key : keys) {
         QCOMPARE(evaluateQml(engine, QStringLiteral("BLSService.") + key).toString(),
                  QStringLiteral(
                      "TypeError: Cannot access enum value '%1' of 'BLSService', enum values need to start "

@@ -1,5 +1,5 @@
 // Prints the rhythm libraries, the vocabulary and the product tables, one fact a line, fields separated by
-// tabs.
+// tabs. On standard error it tells when each library is deleted.
 #include "VocabularyList.h"
 
 #include <ECGLibrary.h>
@@ -7,6 +7,8 @@
 #include <QCoreApplication>
 #include <QMetaEnum>
 #include <QTextStream>
+
+#include <cstdio>
 
 namespace {
 
@@ -17,6 +19,7 @@ QString text(const QVariant &value)
 
 void dumpLibrary(QTextStream &out, const char *age, const ECGLibrary *library)
 {
+    QObject::connect(library, &QObject::destroyed, [age] { std::fprintf(stderr, "deleted: %s\n", age); });
     for (const ECGConfig *config : library->configs()) {
         for (const char *key :
              {"RhythmTypeName", "RateType", "DefaultRate", "RateMin", "RateMax", "FixedRate", "Rates",
