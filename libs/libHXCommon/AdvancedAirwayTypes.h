@@ -5,7 +5,14 @@
 
 #include <QObject>
 
-/// Advanced airway device in place, as names for C++ and scripts.
+/**
+ * Advanced airway device in place.
+ *
+ * Scripts write `AdvancedAirwayTypes.None` once the application has registered the meta-object with
+ * qmlRegisterUncreatableMetaObject().
+ *
+ * `None` is a macro of the X11 headers: include them after this one.
+ */
 namespace AdvancedAirwayTypes {
 Q_NAMESPACE_EXPORT(HXCOMMON_EXPORT)
 

@@ -5,7 +5,12 @@
 
 #include <QObject>
 
-/// Blockage of the left and the right airway, as names for C++ and scripts.
+/**
+ * Blockage of the left and the right airway.
+ *
+ * Scripts write `AirwayBlockageTypes.NoBlockage` once the application has registered the meta-object with
+ * qmlRegisterUncreatableMetaObject().
+ */
 namespace AirwayBlockageTypes {
 Q_NAMESPACE_EXPORT(HXCOMMON_EXPORT)
 

@@ -6,7 +6,7 @@
 #include <QObject>
 
 /**
- * Control of a basic-life-support training session, as names for C++ and scripts.
+ * Control of a basic-life-support training session.
  *
  * The keys begin with a lower-case letter, and QML refuses these under a type that was registered for it:
  * `BLSService.sessionStop` is a TypeError there (in a binding the document does not load). A script reaches

@@ -5,7 +5,12 @@
 
 #include <QObject>
 
-/// State of a manikin's batteries, as names for C++ and scripts.
+/**
+ * State of a manikin's batteries.
+ *
+ * Scripts write `Battery.BatteryLevelLow` once the application has registered the meta-object with
+ * qmlRegisterUncreatableMetaObject().
+ */
 namespace Battery {
 Q_NAMESPACE_EXPORT(HXCOMMON_EXPORT)
 

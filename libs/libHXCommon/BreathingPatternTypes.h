@@ -5,7 +5,12 @@
 
 #include <QObject>
 
-/// Breathing pattern, as names for C++ and scripts.
+/**
+ * Breathing pattern.
+ *
+ * Scripts write `BreathingPatternTypes.SeeSaw` once the application has registered the meta-object with
+ * qmlRegisterUncreatableMetaObject().
+ */
 namespace BreathingPatternTypes {
 Q_NAMESPACE_EXPORT(HXCOMMON_EXPORT)
 

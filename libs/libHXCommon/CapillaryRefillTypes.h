@@ -5,7 +5,12 @@
 
 #include <QObject>
 
-/// Capillary refill, as names for C++ and scripts.
+/**
+ * Capillary refill.
+ *
+ * Scripts write `CapillaryRefillTypes.Off` once the application has registered the meta-object with
+ * qmlRegisterUncreatableMetaObject().
+ */
 namespace CapillaryRefillTypes {
 Q_NAMESPACE_EXPORT(HXCOMMON_EXPORT)
 

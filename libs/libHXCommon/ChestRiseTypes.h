@@ -5,7 +5,12 @@
 
 #include <QObject>
 
-/// Chest rise, as names for C++ and scripts.
+/**
+ * Chest rise.
+ *
+ * Scripts write `ChestRiseTypes.Off` once the application has registered the meta-object with
+ * qmlRegisterUncreatableMetaObject().
+ */
 namespace ChestRiseTypes {
 Q_NAMESPACE_EXPORT(HXCOMMON_EXPORT)
 

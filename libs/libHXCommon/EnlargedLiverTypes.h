@@ -5,7 +5,12 @@
 
 #include <QObject>
 
-/// Size of the liver, as names for C++ and scripts.
+/**
+ * Size of the liver.
+ *
+ * Scripts write `EnlargedLiverTypes.Off` once the application has registered the meta-object with
+ * qmlRegisterUncreatableMetaObject().
+ */
 namespace EnlargedLiverTypes {
 Q_NAMESPACE_EXPORT(HXCOMMON_EXPORT)
 

@@ -5,7 +5,12 @@
 
 #include <QObject>
 
-/// Pupils, eyelids and reactions of the eyes, as names for C++ and scripts.
+/**
+ * Pupils, eyelids and reactions of the eyes.
+ *
+ * Scripts write `Eyes.PupilSizeSmall` once the application has registered the meta-object with
+ * qmlRegisterUncreatableMetaObject().
+ */
 namespace Eyes {
 Q_NAMESPACE_EXPORT(HXCOMMON_EXPORT)
 

@@ -5,7 +5,12 @@
 
 #include <QObject>
 
-/// Fontanelle of an infant, as names for C++ and scripts.
+/**
+ * Fontanelle of an infant.
+ *
+ * Scripts write `FontanelleTypes.Off` once the application has registered the meta-object with
+ * qmlRegisterUncreatableMetaObject().
+ */
 namespace FontanelleTypes {
 Q_NAMESPACE_EXPORT(HXCOMMON_EXPORT)
 

@@ -5,7 +5,12 @@
 
 #include <QObject>
 
-/// Muscle tone of the neck, as names for C++ and scripts.
+/**
+ * Muscle tone of the neck.
+ *
+ * Scripts write `HeadLimpTypes.Stiff` once the application has registered the meta-object with
+ * qmlRegisterUncreatableMetaObject().
+ */
 namespace HeadLimpTypes {
 Q_NAMESPACE_EXPORT(HXCOMMON_EXPORT)
 

@@ -5,7 +5,12 @@
 
 #include <QObject>
 
-/// Seizure of the head, as names for C++ and scripts.
+/**
+ * Seizure of the head.
+ *
+ * Scripts write `HeadSeizureTypes.Off` once the application has registered the meta-object with
+ * qmlRegisterUncreatableMetaObject().
+ */
 namespace HeadSeizureTypes {
 Q_NAMESPACE_EXPORT(HXCOMMON_EXPORT)
 

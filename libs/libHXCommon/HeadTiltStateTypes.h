@@ -5,7 +5,12 @@
 
 #include <QObject>
 
-/// Tilt of the head, as names for C++ and scripts.
+/**
+ * Tilt of the head.
+ *
+ * Scripts write `HeadTiltStateTypes.OpenAirway` once the application has registered the meta-object with
+ * qmlRegisterUncreatableMetaObject().
+ */
 namespace HeadTiltStateTypes {
 Q_NAMESPACE_EXPORT(HXCOMMON_EXPORT)
 

@@ -5,7 +5,12 @@
 
 #include <QObject>
 
-/// Laryngospasm, as names for C++ and scripts.
+/**
+ * Laryngospasm.
+ *
+ * Scripts write `LaryngospasmTypes.Off` once the application has registered the meta-object with
+ * qmlRegisterUncreatableMetaObject().
+ */
 namespace LaryngospasmTypes {
 Q_NAMESPACE_EXPORT(HXCOMMON_EXPORT)
 

@@ -5,7 +5,12 @@
 
 #include <QObject>
 
-/// Compliance of a lung, as names for C++ and scripts.
+/**
+ * Compliance of a lung.
+ *
+ * Scripts write `LungComplianceTypes.Zero` once the application has registered the meta-object with
+ * qmlRegisterUncreatableMetaObject().
+ */
 namespace LungComplianceTypes {
 Q_NAMESPACE_EXPORT(HXCOMMON_EXPORT)
 

@@ -5,7 +5,12 @@
 
 #include <QObject>
 
-/// Movement of the body, as names for C++ and scripts.
+/**
+ * Movement of the body.
+ *
+ * Scripts write `MovementTypes.HealthyMuscleTone` once the application has registered the meta-object with
+ * qmlRegisterUncreatableMetaObject().
+ */
 namespace MovementTypes {
 Q_NAMESPACE_EXPORT(HXCOMMON_EXPORT)
 

@@ -5,7 +5,12 @@
 
 #include <QObject>
 
-/// Obstruction of the pharynx, as names for C++ and scripts.
+/**
+ * Obstruction of the pharynx.
+ *
+ * Scripts write `PharyngealObstructionTypes.Off` once the application has registered the meta-object with
+ * qmlRegisterUncreatableMetaObject().
+ */
 namespace PharyngealObstructionTypes {
 Q_NAMESPACE_EXPORT(HXCOMMON_EXPORT)
 

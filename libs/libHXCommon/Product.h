@@ -10,6 +10,9 @@
 /**
  * Identification of devices: what they report over USB and Bluetooth, and which product a manikin is.
  *
+ * Scripts write `Product.PRODUCT_UNKNOWN` once the application has registered the meta-object with
+ * qmlRegisterUncreatableMetaObject().
+ *
  * @code
  * using namespace BM_HXCommon;
  * const int product = Product::ManikinProductTypeMap.value(manikinType, Product::PRODUCT_UNKNOWN);

@@ -5,7 +5,12 @@
 
 #include <QObject>
 
-/// Tracheostoma, as names for C++ and scripts.
+/**
+ * Tracheostoma.
+ *
+ * Scripts write `TracheostomaTypes.Closed` once the application has registered the meta-object with
+ * qmlRegisterUncreatableMetaObject().
+ */
 namespace TracheostomaTypes {
 Q_NAMESPACE_EXPORT(HXCOMMON_EXPORT)
 
