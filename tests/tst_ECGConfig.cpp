@@ -10,7 +10,6 @@
 #include <memory>
 
 using Params = QVariantMap;
-Q_DECLARE_METATYPE(RC_GUI::ExtraSystoleTypes_t)
 
 namespace {
 
@@ -36,6 +35,11 @@ Params range(int min, int max)
     return rateType(0, {{QStringLiteral("RateMin"), min}, {QStringLiteral("RateMax"), max}});
 }
 
+Params fixed(const QVariant &rate)
+{
+    return rateType(1, {{QStringLiteral("FixedRate"), rate}});
+}
+
 Params discrete(const QVariantList &rates)
 {
     return rateType(2, {{QStringLiteral("Rates"), rates}});
@@ -53,9 +57,6 @@ class tst_ECGConfig : public QObject {
 
 private Q_SLOTS:
     void listsItsInterfaceInOrder();
-    void convertsIntegers_data();
-    void convertsIntegers();
-    void marksWhatIsNotConfigured();
     void validatesHeartRates_data();
     void validatesHeartRates();
     void findsRatios_data();
@@ -100,42 +101,6 @@ void tst_ECGConfig::listsItsInterfaceInOrder()
                        "int diastolic_max"));
 }
 
-void tst_ECGConfig::convertsIntegers_data()
-{
-    QTest::addColumn<QVariant>("value");
-    QTest::addColumn<int>("expected");
-    QTest::newRow("zero is configured") << QVariant(0) << 0;
-    QTest::newRow("negative") << QVariant(-7) << -7;
-    QTest::newRow("lowest") << QVariant(lowest) << lowest;
-    QTest::newRow("numeric text") << QVariant(QStringLiteral("75")) << 75;
-    QTest::newRow("other text") << QVariant(QStringLiteral("fast")) << -1;
-    QTest::newRow("list") << QVariant(QVariantList{75}) << -1;
-    QTest::newRow("invalid") << QVariant() << -1;
-}
-
-void tst_ECGConfig::convertsIntegers()
-{
-    QFETCH(QVariant, value);
-    const auto config = configWith({{QStringLiteral("RateMax"), value}});
-    QTEST(config->getHeartRateMax(), "expected");
-    QCOMPARE(config->getParam(QStringLiteral("RateMax")), value);
-}
-
-void tst_ECGConfig::marksWhatIsNotConfigured()
-{
-    ECGConfig config;
-    const QMetaObject &meta = ECGConfig::staticMetaObject;
-    for (int i = meta.propertyOffset(); i < meta.propertyCount(); ++i) {
-        const QString name = QString::fromLatin1(meta.property(i).name());
-        const QVariant expected = name == QLatin1String("rhythm") ? QVariant(0)
-            : name == QLatin1String("rhythmTypeName")             ? QVariant(QString())
-                                                                  : QVariant(-1);
-        QCOMPARE(meta.property(i).read(&config), expected);
-    }
-    QVERIFY(!config.getParam(QStringLiteral("RateMin")).isValid());
-    QVERIFY(!config.canHaveExtrasystoles());
-}
-
 void tst_ECGConfig::validatesHeartRates_data()
 {
     QTest::addColumn<Params>("params");
@@ -157,8 +122,12 @@ void tst_ECGConfig::validatesHeartRates_data()
     row("reversed range", range(200, 20), 80, 20);
     row("range without bounds", rateType(0), 80, -1);
 
-    row("fixed", rateType(1, {{QStringLiteral("FixedRate"), 180}}), 80, 180);
-    row("fixed at 0", rateType(1, {{QStringLiteral("FixedRate"), 0}}), 80, 0);
+    row("fixed", fixed(180), 80, 180);
+    row("fixed at 0", fixed(0), 80, 0);
+    row("fixed, numeric text", fixed(QStringLiteral("75")), 80, 75);
+    row("fixed, other text", fixed(QStringLiteral("fast")), 80, -1);
+    row("fixed, list", fixed(QVariantList{75}), 80, -1);
+    row("fixed, invalid", fixed(QVariant()), 80, -1);
 
     row("discrete", discrete({75, 100, 150}), 87, 75);
     row("discrete", discrete({75, 100, 150}), 88, 100);
@@ -275,9 +244,10 @@ void tst_ECGConfig::answersScripts_data()
     row("c.isExtraSystoleAllowed(2)", "false");
     row("c.isExtraSystoleAllowed('x')", "true"); // no number reads as 0
     row("c.isExtraSystoleAllowed()", "Error: Insufficient arguments");
-    row("[c.rhythm, c.rhythmTypeName, c.rate_type, c.heartrate_min, c.heartrate_max, c.heartrate_default, "
-        "c.heartrate_fixed, c.systolic_max, c.diastolic_max]",
-        "166,block,3,50,65,60,-1,300,200");
+    row("properties(c)", "166,block,3,50,65,60,-1,300,200");
+    row("properties(empty)", "0,,-1,-1,-1,-1,-1,-1,-1");
+    row("empty.getParam('RateMin')", "undefined");
+    row("empty.canHaveExtrasystoles()", "false");
     row("'use strict'; c.rhythm = 7", "TypeError: Cannot assign to read-only property \"rhythm\"");
 }
 
@@ -293,9 +263,16 @@ void tst_ECGConfig::answersScripts()
     for (const auto &[key, value] : integers)
         config->append(QString::fromLatin1(key), value);
 
+    ECGConfig empty;
     QJSEngine engine;
-    QQmlEngine::setObjectOwnership(config.get(), QQmlEngine::CppOwnership);
+    for (ECGConfig *object : {config.get(), &empty})
+        QQmlEngine::setObjectOwnership(object, QQmlEngine::CppOwnership);
     engine.globalObject().setProperty(QStringLiteral("c"), engine.newQObject(config.get()));
+    engine.globalObject().setProperty(QStringLiteral("empty"), engine.newQObject(&empty));
+    engine.evaluate(
+        QStringLiteral("function properties(o) { return [o.rhythm, o.rhythmTypeName, o.rate_type, "
+                       "o.heartrate_min, o.heartrate_max, o.heartrate_default, o.heartrate_fixed, "
+                       "o.systolic_max, o.diastolic_max] }"));
     QFETCH(QString, expression);
     QTEST(engine.evaluate(expression).toString(), "expected");
 }

@@ -213,12 +213,13 @@ private:
  * Entry point to the rhythm configurations of all manikin ages.
  *
  * @code
- * engine.globalObject().setProperty(QStringLiteral("ECGLibraries"),
- * engine.newQObject(&ECGLibraries::Instance()));
+ * QJSValue libraries = engine.newQObject(&ECGLibraries::Instance());
+ * engine.globalObject().setProperty(QStringLiteral("ECGLibraries"), libraries);
  * engine.evaluate(QStringLiteral("ECGLibraries.getECGConfig('baby', 138).heartrate_max")); // 320
  * @endcode
  *
- * Main thread only, but the first use may come from any thread.
+ * Main thread only; just the making of the one object is guarded against a simultaneous first use. Its end is
+ * logged with the debug message "ECGLibraries cleanup" in the default category.
  */
 class HXCOMMON_EXPORT ECGLibraries : public QObject {
     Q_OBJECT
