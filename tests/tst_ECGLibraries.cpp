@@ -1,17 +1,16 @@
 #include <ECGLibrary.h>
 
+#include "Cases.h"
 #include "ChildProcess.h"
 
 #include <QDir>
 #include <QJSEngine>
 #include <QPointer>
-#include <QtTest>
 
 class tst_ECGLibraries : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void selectsByAge_data();
     void selectsByAge();
     void neverFallsBackToAdults();
     void holdsEveryRhythmAtEveryAge();
@@ -24,6 +23,24 @@ private Q_SLOTS:
 
 namespace {
 
+// Default rate, minimum and maximum of adult, infant and baby.
+const struct {
+    const char *name;
+    int rhythm;
+    const char *limits;
+} adaptations[] = {
+    {"sinus", 7, "80 20 200, 80 20 240, 80 20 240"},
+    {"sinusRBBB", 203, "80 20 200, 80 20 240, 80 20 240"},
+    {"sinusPostIschaemia", 204, "80 20 200, 80 20 200, 80 20 200"},
+    {"wanderingPacemaker", 95, "180 140 260, 180 90 320, 180 90 320"},
+    {"svt", 181, "160 140 260, 160 90 320, 160 90 320"},
+    {"vt", 138, "180 120 240, 180 120 320, 180 120 320"},
+    {"vt2", 213, "180 120 240, 180 120 240, 180 120 240"},
+    {"asystoleIdioventricular", 132, "80 10 100, 80 14 100, 80 10 100"},
+    {"avBlock3", 172, "40 10 50, 40 20 100, 40 20 100"},
+    {"vf", 146, "-1 -1 -1, -1 -1 -1, -1 -1 -1"},
+};
+
 ECGConfig *config(const char *age, int rhythm)
 {
     return ECGLibraries::Instance().getECGConfig(QString::fromLatin1(age), rhythm);
@@ -31,28 +48,16 @@ ECGConfig *config(const char *age, int rhythm)
 
 } // namespace
 
-void tst_ECGLibraries::selectsByAge_data()
-{
-    QTest::addColumn<QString>("age");
-    QTest::addColumn<ECGLibrary *>("library");
-    ECGLibraries::Instance();
-    const auto row = [](const char *age, ECGLibrary *library) {
-        QTest::addRow("'%s'", age) << QString::fromLatin1(age) << library;
-    };
-    row("child", ECGLibrary::m_ChildECGLibrary);
-    row("baby", ECGLibrary::m_BabyECGLibrary);
-    row("infant", ECGLibrary::m_InfantECGLibrary);
-    for (const char *adult : {"default", "adult", "", "Child", "BABY", "infant "})
-        row(adult, ECGLibrary::m_DefaultECGLibrary);
-}
-
 void tst_ECGLibraries::selectsByAge()
 {
-    QFETCH(QString, age);
-    QFETCH(ECGLibrary *, library);
-    QVERIFY(library->getECGConfig(7));
-    QCOMPARE(ECGLibraries::Instance().getECGConfig(age, 7), library->getECGConfig(7));
-    QVERIFY(!ECGLibraries::Instance().getECGConfig(age, 999));
+    ECGLibraries::Instance();
+    QCOMPARE(config("child", 7), ECGLibrary::m_ChildECGLibrary->getECGConfig(7));
+    QCOMPARE(config("baby", 7), ECGLibrary::m_BabyECGLibrary->getECGConfig(7));
+    QCOMPARE(config("infant", 7), ECGLibrary::m_InfantECGLibrary->getECGConfig(7));
+    for (const char *adult : {"default", "adult", "", "Child", "BABY", "infant "})
+        QCOMPARE(config(adult, 7), ECGLibrary::m_DefaultECGLibrary->getECGConfig(7));
+    for (const char *age : {"child", "baby", "infant", "adult"})
+        QVERIFY(config(age, 7) && !config(age, 999));
 }
 
 void tst_ECGLibraries::neverFallsBackToAdults()
@@ -81,32 +86,21 @@ void tst_ECGLibraries::holdsEveryRhythmAtEveryAge()
 
 void tst_ECGLibraries::adaptsLimits_data()
 {
-    QTest::addColumn<int>("rhythm");
-    QTest::addColumn<QString>("limits"); // default rate, minimum and maximum of adult, infant and baby
-    QTest::newRow("sinus") << 7 << QStringLiteral("80 20 200, 80 20 240, 80 20 240");
-    QTest::newRow("sinusRBBB") << 203 << QStringLiteral("80 20 200, 80 20 240, 80 20 240");
-    QTest::newRow("sinusPostIschaemia") << 204 << QStringLiteral("80 20 200, 80 20 200, 80 20 200");
-    QTest::newRow("wanderingPacemaker") << 95 << QStringLiteral("180 140 260, 180 90 320, 180 90 320");
-    QTest::newRow("svt") << 181 << QStringLiteral("160 140 260, 160 90 320, 160 90 320");
-    QTest::newRow("vt") << 138 << QStringLiteral("180 120 240, 180 120 320, 180 120 320");
-    QTest::newRow("vt2") << 213 << QStringLiteral("180 120 240, 180 120 240, 180 120 240");
-    QTest::newRow("asystoleIdioventricular") << 132 << QStringLiteral("80 10 100, 80 14 100, 80 10 100");
-    QTest::newRow("avBlock3") << 172 << QStringLiteral("40 10 50, 40 20 100, 40 20 100");
-    QTest::newRow("vf") << 146 << QStringLiteral("-1 -1 -1, -1 -1 -1, -1 -1 -1");
+    addCases(adaptations);
 }
 
 void tst_ECGLibraries::adaptsLimits()
 {
-    QFETCH(int, rhythm);
+    const auto &c = currentCase(adaptations);
     QStringList limits;
     for (const char *age : {"adult", "infant", "baby"}) {
-        const ECGConfig *const adapted = config(age, rhythm);
+        const ECGConfig *const adapted = config(age, c.rhythm);
         limits << QStringLiteral("%1 %2 %3")
                       .arg(adapted->getDefaultHeartRate())
                       .arg(adapted->getHeartRateMin())
                       .arg(adapted->getHeartRateMax());
     }
-    QTEST(limits.join(QLatin1String(", ")), "limits");
+    QCOMPARE(limits.join(QLatin1String(", ")), QString::fromLatin1(c.limits));
 }
 
 void tst_ECGLibraries::childIsAnIndependentCopy()

@@ -11,39 +11,36 @@ class tst_Product : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void mapsManikinTypes_data();
     void mapsManikinTypes();
     void namesManikinsByTheirProduct();
 };
 
-void tst_Product::mapsManikinTypes_data()
-{
-    QTest::addColumn<int>("product");
-    QTest::addColumn<QString>("name");
-    const auto row = [](int type, int product, const char *name) {
-        QTest::addRow("%d", type) << product << QString::fromLatin1(name);
-    };
-    constexpr int none = -1;
-    row(5, 26, "Model 26");
-    row(150, 31, "Model 26");
-    row(30, 19, "Model 19");
-    row(40, none, "Model 60");
-    row(41, none, "Model 61");
-    row(42, none, "Model 62");
-    row(44, none, "Model 63");
-    row(200, 38, "Unknown Manikin");
-    row(255, PRODUCT_UNKNOWN, "Not connected to simulator");
-    row(0, none, "Unknown Manikin");
-    row(45, none, "Unknown Manikin");
-    row(std::numeric_limits<int>::min(), none, "Unknown Manikin");
-    row(std::numeric_limits<int>::max(), none, "Unknown Manikin");
-}
-
+// What does not follow the rule below.
 void tst_Product::mapsManikinTypes()
 {
-    const int type = QByteArray(QTest::currentDataTag()).toInt();
-    QTEST(ManikinProductTypeMap.value(type, -1), "product");
-    QTEST(QString::fromLatin1(manikinTypeAsString(type)), "name");
+    constexpr int none = -1;
+    const struct {
+        int type, product;
+        const char *name;
+    } manikins[] = {
+        {5, 26, "Model 26"},
+        {150, 31, "Model 26"},
+        {30, 19, "Model 19"},
+        {40, none, "Model 60"},
+        {41, none, "Model 61"},
+        {42, none, "Model 62"},
+        {44, none, "Model 63"},
+        {200, 38, "Unknown Manikin"},
+        {255, PRODUCT_UNKNOWN, "Not connected to simulator"},
+        {0, none, "Unknown Manikin"},
+        {45, none, "Unknown Manikin"},
+        {std::numeric_limits<int>::min(), none, "Unknown Manikin"},
+        {std::numeric_limits<int>::max(), none, "Unknown Manikin"},
+    };
+    for (const auto &manikin : manikins) {
+        QCOMPARE(ManikinProductTypeMap.value(manikin.type, none), manikin.product);
+        QCOMPARE(manikinTypeAsString(manikin.type), manikin.name);
+    }
 }
 
 void tst_Product::namesManikinsByTheirProduct()
@@ -52,7 +49,7 @@ void tst_Product::namesManikinsByTheirProduct()
     const auto products = QMetaEnum::fromType<manufacturerProductId_t>();
     for (auto manikin = ManikinProductTypeMap.begin(); manikin != ManikinProductTypeMap.end(); ++manikin) {
         QVERIFY(products.valueToKey(manikin.value()));
-        if (manikin.key() < 150) // the others have a name of their own
+        if (manikin.key() < 150)
             QCOMPARE(QString::fromLatin1(manikinTypeAsString(manikin.key())),
                      QStringLiteral("Model %1").arg(manikin.value(), 2, 10, QLatin1Char('0')));
     }

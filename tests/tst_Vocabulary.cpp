@@ -11,8 +11,6 @@
 #include <memory>
 #include <numeric>
 
-Q_DECLARE_METATYPE(const QMetaObject *)
-
 namespace {
 
 using Values = QVector<int>;
@@ -22,14 +20,6 @@ Values from(int first, int count)
 {
     Values values(count);
     std::iota(values.begin(), values.end(), first);
-    return values;
-}
-
-Values valuesOf(const QMetaEnum &enumeration)
-{
-    Values values;
-    for (int i = 0; i < enumeration.keyCount(); ++i)
-        values << enumeration.value(i);
     return values;
 }
 
@@ -69,11 +59,12 @@ class tst_Vocabulary : public QObject {
 
 private Q_SLOTS:
     void initTestCase();
-    void keepsValuesInOrder_data();
     void keepsValuesInOrder();
     void findsOddValues();
-    void reachesScripts_data();
     void reachesScripts();
+
+private:
+    static void reachesScripts(const QMetaObject &type);
 };
 
 // As an application would.
@@ -84,53 +75,51 @@ void tst_Vocabulary::initTestCase()
                                          QStringLiteral("holds enumerations"));
 }
 
-void tst_Vocabulary::keepsValuesInOrder_data()
-{
-    QTest::addColumn<const QMetaObject *>("type");
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<Values>("values");
-    const auto row = [](const QMetaObject &type, const char *name, const Values &values) {
-        QTest::newRow(name) << &type << QString::fromLatin1(name) << values;
-    };
-    row(AdvancedAirwayTypes::staticMetaObject, "advancedairway_t", from(0, 6));
-    row(AirwayBlockageTypes::staticMetaObject, "Types", from(0, 6) + Values{8, 10, 12});
-    row(BLSService::staticMetaObject, "sessionControlState_t", from(0, 5) + Values{255});
-    row(Battery::staticMetaObject, "BatteryLevels", from(-1, 5));
-    row(Battery::staticMetaObject, "BatteryThresholds", {100, 95, 15, 10, 5, 3});
-    row(Battery::staticMetaObject, "BUBatteryStatus", from(0, 3));
-    row(BreathingPatternTypes::staticMetaObject, "breathingPattern_t", from(-1, 4));
-    row(CapillaryRefillTypes::staticMetaObject, "capillaryRefill_t", from(0, 2));
-    row(ChestRiseTypes::staticMetaObject, "chestRise_t", from(0, 5));
-    row(EnlargedLiverTypes::staticMetaObject, "enlargedLiver_t", from(0, 2));
-    row(Eyes::staticMetaObject, "pupilSize_t", from(1, 3));
-    row(Eyes::staticMetaObject, "eyelidStatus_t", from(1, 5));
-    row(Eyes::staticMetaObject, "blinkRate_t", from(1, 8));
-    row(Eyes::staticMetaObject, "lightSensitivity_t", from(1, 5));
-    row(Eyes::staticMetaObject, "eyeSelection_t", from(1, 3));
-    row(FontanelleTypes::staticMetaObject, "Fontanelle_t", from(0, 2));
-    row(HeadLimpTypes::staticMetaObject, "HeadLimp_t", from(0, 2));
-    row(HeadSeizureTypes::staticMetaObject, "HeadSeizure_t", from(0, 2));
-    row(HeadTiltStateTypes::staticMetaObject, "headtiltstate_t", from(0, 6));
-    row(LaryngospasmTypes::staticMetaObject, "laryngospasm_t", from(0, 3));
-    row(LungComplianceTypes::staticMetaObject, "lungCompliance_t", {0, 67, 50, 33, 100});
-    row(MovementTypes::staticMetaObject, "movementState_t", from(1, 6));
-    row(PharyngealObstructionTypes::staticMetaObject, "pharyngealobstruction_t", from(0, 2));
-    row(TracheostomaTypes::staticMetaObject, "tracheostoma_t", {0, 50, 100});
-    using namespace BM_HXCommon;
-    row(Product::staticMetaObject, "manufacturerId_t",
-        {HXCOMMON_BRANTEL_BLE_ID, HXCOMMON_BRANTEL_USB_ID, 0x0483});
-    row(Product::staticMetaObject, "manufacturerProductId_t",
-        from(0, 10) + from(12, 17) + from(31, 12) + Values{48, 100, 101, 128, 0xDF11, 0x5740});
-}
-
 void tst_Vocabulary::keepsValuesInOrder()
 {
-    QFETCH(const QMetaObject *, type);
-    QFETCH(QString, name);
-    const QMetaEnum enumeration = type->enumerator(type->indexOfEnumerator(name.toLatin1().constData()));
-    QVERIFY(enumeration.isValid());
-    QVERIFY(!enumeration.isScoped() && !enumeration.isFlag());
-    QTEST(valuesOf(enumeration), "values");
+    const struct {
+        const char *name;
+        const QMetaObject *type;
+        Values values;
+    } enumerations[] = {
+        {"advancedairway_t", &AdvancedAirwayTypes::staticMetaObject, from(0, 6)},
+        {"Types", &AirwayBlockageTypes::staticMetaObject, from(0, 6) + Values{8, 10, 12}},
+        {"sessionControlState_t", &BLSService::staticMetaObject, from(0, 5) + Values{255}},
+        {"BatteryLevels", &Battery::staticMetaObject, from(-1, 5)},
+        {"BatteryThresholds", &Battery::staticMetaObject, {100, 95, 15, 10, 5, 3}},
+        {"BUBatteryStatus", &Battery::staticMetaObject, from(0, 3)},
+        {"breathingPattern_t", &BreathingPatternTypes::staticMetaObject, from(-1, 4)},
+        {"capillaryRefill_t", &CapillaryRefillTypes::staticMetaObject, from(0, 2)},
+        {"chestRise_t", &ChestRiseTypes::staticMetaObject, from(0, 5)},
+        {"enlargedLiver_t", &EnlargedLiverTypes::staticMetaObject, from(0, 2)},
+        {"pupilSize_t", &Eyes::staticMetaObject, from(1, 3)},
+        {"eyelidStatus_t", &Eyes::staticMetaObject, from(1, 5)},
+        {"blinkRate_t", &Eyes::staticMetaObject, from(1, 8)},
+        {"lightSensitivity_t", &Eyes::staticMetaObject, from(1, 5)},
+        {"eyeSelection_t", &Eyes::staticMetaObject, from(1, 3)},
+        {"Fontanelle_t", &FontanelleTypes::staticMetaObject, from(0, 2)},
+        {"HeadLimp_t", &HeadLimpTypes::staticMetaObject, from(0, 2)},
+        {"HeadSeizure_t", &HeadSeizureTypes::staticMetaObject, from(0, 2)},
+        {"headtiltstate_t", &HeadTiltStateTypes::staticMetaObject, from(0, 6)},
+        {"laryngospasm_t", &LaryngospasmTypes::staticMetaObject, from(0, 3)},
+        {"lungCompliance_t", &LungComplianceTypes::staticMetaObject, {0, 67, 50, 33, 100}},
+        {"movementState_t", &MovementTypes::staticMetaObject, from(1, 6)},
+        {"pharyngealobstruction_t", &PharyngealObstructionTypes::staticMetaObject, from(0, 2)},
+        {"tracheostoma_t", &TracheostomaTypes::staticMetaObject, {0, 50, 100}},
+        {"manufacturerId_t",
+         &BM_HXCommon::Product::staticMetaObject,
+         {HXCOMMON_BRANTEL_BLE_ID, HXCOMMON_BRANTEL_USB_ID, 0x0483}},
+        {"manufacturerProductId_t", &BM_HXCommon::Product::staticMetaObject,
+         from(0, 10) + from(12, 17) + from(31, 12) + Values{48, 100, 101, 128, 0xDF11, 0x5740}},
+    };
+    for (const auto &c : enumerations) {
+        const QMetaEnum enumeration = c.type->enumerator(c.type->indexOfEnumerator(c.name));
+        QVERIFY2(enumeration.isValid() && !enumeration.isScoped() && !enumeration.isFlag(), c.name);
+        Values values;
+        for (int i = 0; i < enumeration.keyCount(); ++i)
+            values << enumeration.value(i);
+        QVERIFY2(values == c.values, c.name);
+    }
 }
 
 void tst_Vocabulary::findsOddValues()
@@ -145,24 +134,23 @@ void tst_Vocabulary::findsOddValues()
     QVERIFY(!QMetaEnum::fromType<BM_HXCommon::Product::manufacturerProductId_t>().valueToKey(43));
 }
 
-void tst_Vocabulary::reachesScripts_data()
-{
-    QTest::addColumn<const QMetaObject *>("type");
-    for (const QMetaObject *type : vocabulary)
-        QTest::newRow(type->className()) << type;
-}
-
 void tst_Vocabulary::reachesScripts()
 {
-    QFETCH(const QMetaObject *, type);
-    QQmlEngine engine;
-    const QString name = typeName(*type);
-    engine.rootContext()->setContextProperty(QStringLiteral("made"),
-                                             QVariant::fromValue(engine.newQMetaObject(type)));
-    QJSEngine scripts;
-    scripts.globalObject().setProperty(name, scripts.newQMetaObject(type));
+    for (const QMetaObject *type : vocabulary)
+        reachesScripts(*type);
+}
 
-    for (const auto &[key, value] : entriesOf(*type)) {
+void tst_Vocabulary::reachesScripts(const QMetaObject &type)
+{
+    QQmlEngine engine;
+    const QString name = typeName(type);
+    engine.rootContext()->setContextProperty(QStringLiteral("made"),
+                                             QVariant::fromValue(engine.newQMetaObject(&type)));
+    QJSEngine scripts;
+    scripts.globalObject().setProperty(name, scripts.newQMetaObject(&type));
+
+    const auto entries = entriesOf(type);
+    for (const auto &[key, value] : entries) {
         const QString expression = name + QLatin1Char('.') + key;
         QCOMPARE(scripts.evaluate(expression).toVariant(), QVariant(value));
         QCOMPARE(evaluateQml(engine, QStringLiteral("made.") + key), QVariant(value));

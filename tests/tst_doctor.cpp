@@ -18,10 +18,7 @@ private Q_SLOTS:
     void printsAlignedTables();
     void namesProblems_data();
     void namesProblems();
-    void answersClinicalQuestions_data();
     void answersClinicalQuestions();
-    void refusesClinicalQuestions_data();
-    void refusesClinicalQuestions();
     void listsItsOptionsAfterTheBuiltInOnes();
 
 private:
@@ -126,65 +123,43 @@ void tst_doctor::namesProblems()
     QVERIFY2(out.section(QStringLiteral("\nProblems\n"), 1).contains(problem), result.out.constData());
 }
 
-void tst_doctor::answersClinicalQuestions_data()
-{
-    QTest::addColumn<QString>("options");
-    QTest::addColumn<QString>("line"); // with its blanks simplified
-    const auto row = [](const char *options, const char *line) {
-        QTest::addRow("%s: %s", options, line) << QString::fromLatin1(options) << QString::fromLatin1(line);
-    };
-    row("--rhythms", "138 vt range 120..240 180 - 300 200");
-    row("--rhythms infant", "7 sinus range 20..240 80 0, 2, 3, 6, 4 300 200");
-    row("--rhythms --json", "166 avBlock2I ratios 50, 60, 65 (3:2, 4:3, 5:4) 4:3 0, 3, 6, 4 300 200");
-    row("--rhythms child", "175 torsadeDePoint fixed 180 - - 300 200");
-    row("--rhythms child", "103 aFlutter rates 75, 100, 150 100 - 300 200");
-    row("--rhythms baby", "146 vf amplitude 10..100 40 - 0 0");
-    row("--rhythm 138 --age baby --rate 400", "heart rate 320");
-    row("--rhythm 138 --rate -400", "heart rate 120");
-    row("--rhythm 166 --rate 62", "ratio 4:3");
-    row("--rhythm 7 --rate 80", "ratio -");
-    row("--rhythm 7 --rate 80", "can have extrasystoles yes");
-    row("--rhythm 146 --rate 80", "systolic max 0");
-    row("--products", "150 Model 26 31 PRODUCT_MODEL_31");
-    row("--products", "40 Model 60 - -");
-}
-
 void tst_doctor::answersClinicalQuestions()
 {
-    QFETCH(QString, options);
-    QFETCH(QString, line);
-    const ChildResult result = run(options);
-    QCOMPARE(result.exitCode, 0);
-    QStringList lines = QString::fromLocal8Bit(result.out).split(QLatin1Char('\n'));
-    for (QString &printed : lines)
-        printed = printed.simplified();
-    QVERIFY2(lines.contains(line), result.out.constData());
-}
-
-void tst_doctor::refusesClinicalQuestions_data()
-{
-    QTest::addColumn<QString>("options");
-    QTest::addColumn<QString>("sentence");
-    const auto row = [](const char *options, const char *sentence) {
-        QTest::newRow(options) << QString::fromLatin1(options) << QString::fromLatin1(sentence);
+    const struct {
+        const char *options;
+        int exitCode;
+        const char *line; // with its blanks simplified
+    } questions[] = {
+        {"--rhythms", 0, "138 vt range 120..240 180 - 300 200"},
+        {"--rhythms infant", 0, "7 sinus range 20..240 80 0, 2, 3, 6, 4 300 200"},
+        {"--rhythms --json", 0, "166 avBlock2I ratios 50, 60, 65 (3:2, 4:3, 5:4) 4:3 0, 3, 6, 4 300 200"},
+        {"--rhythms child", 0, "175 torsadeDePoint fixed 180 - - 300 200"},
+        {"--rhythms child", 0, "103 aFlutter rates 75, 100, 150 100 - 300 200"},
+        {"--rhythms baby", 0, "146 vf amplitude 10..100 40 - 0 0"},
+        {"--rhythms Baby", 2, "There is no age \"Baby\": choose one of adult, child, infant, baby."},
+        {"--rhythm 138 --age baby --rate 400", 0, "heart rate 320"},
+        {"--rhythm 138 --rate -400", 0, "heart rate 120"},
+        {"--rhythm 166 --rate 62", 0, "ratio 4:3"},
+        {"--rhythm 7 --rate 80", 0, "ratio -"},
+        {"--rhythm 7 --rate 80", 0, "can have extrasystoles yes"},
+        {"--rhythm 146 --rate 80", 0, "systolic max 0"},
+        {"--rhythm 7 --rate 80 --age old", 2,
+         "There is no age \"old\": choose one of adult, child, infant, baby."},
+        {"--rhythm 999 --rate 80", 2, "There is no rhythm \"999\": --rhythms lists the ids."},
+        {"--rhythm --rate 80", 2, "There is no rhythm \"\": --rhythms lists the ids."},
+        {"--rhythm 7 --rate fast", 2, "\"fast\" is no heart rate: --rate takes a whole number."},
+        {"--rhythm 7", 2, "\"\" is no heart rate: --rate takes a whole number."},
+        {"--products", 0, "150 Model 26 31 PRODUCT_MODEL_31"},
+        {"--products", 0, "40 Model 60 - -"},
     };
-    row("--rhythms Baby", "There is no age \"Baby\": choose one of adult, child, infant, baby.");
-    row("--rhythm 7 --rate 80 --age old",
-        "There is no age \"old\": choose one of adult, child, infant, baby.");
-    row("--rhythm 999 --rate 80", "There is no rhythm \"999\": --rhythms lists the ids.");
-    row("--rhythm --rate 80", "There is no rhythm \"\": --rhythms lists the ids.");
-    row("--rhythm 7 --rate fast", "\"fast\" is no heart rate: --rate takes a whole number.");
-    row("--rhythm 7", "\"\" is no heart rate: --rate takes a whole number.");
-}
-
-void tst_doctor::refusesClinicalQuestions()
-{
-    QFETCH(QString, options);
-    QFETCH(QString, sentence);
-    const ChildResult result = run(options);
-    QCOMPARE(result.exitCode, 2);
-    QCOMPARE(result.out, QByteArray());
-    QVERIFY2(QString::fromLocal8Bit(result.err).contains(sentence), result.err.constData());
+    for (const auto &question : questions) {
+        const ChildResult result = run(QString::fromLatin1(question.options));
+        QVERIFY2(result.exitCode == question.exitCode, question.options);
+        QByteArrayList lines = (result.exitCode == 0 ? result.out : result.err).split('\n');
+        for (QByteArray &line : lines)
+            line = line.simplified();
+        QVERIFY2(lines.contains(question.line), question.line);
+    }
 }
 
 void tst_doctor::listsItsOptionsAfterTheBuiltInOnes()
