@@ -56,6 +56,7 @@ void dumpProducts(QTextStream &out)
 
 int main(int argc, char *argv[])
 {
+    qputenv("QT_FORCE_STDERR_LOGGING", "1"); // Windows: this process has no console
     const QCoreApplication application(argc, argv);
     QTextStream out(stdout);
     ECGLibraries::Instance();
