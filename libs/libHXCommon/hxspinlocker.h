@@ -52,6 +52,9 @@ private:
     // memory.
     using TraceName = std::atomic<char>[64];
 
+    void wait(QThread *current, const char *function, const char *info);
+    void traceHolder(const char *event, const char *function) const;
+
     TraceName m_holderName{};
     mutable std::atomic<int> m_count{0};
     mutable std::atomic<QThread *> m_owner{nullptr};
