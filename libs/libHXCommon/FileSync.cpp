@@ -1,0 +1,260 @@
+#include "FileSync.h"
+
+#include "AppConfig.h"
+#include "FileSync_p.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QLoggingCategory>
+#include <QRegExp>
+#include <QTimer>
+
+#include <utility>
+
+int filesync::terminateTimeout = 30000;
+
+QString FileSync::m_RemoteUser;
+
+namespace {
+
+Q_LOGGING_CATEGORY(category, "Olvex.FileSync")
+
+constexpr int copyReportDelay = 10; // ms
+
+bool looksLikeOption(const QString &word)
+{
+    return word.startsWith(QLatin1Char('-'));
+}
+
+// The target is never opened: QFile copies to a temporary file beside it and renames that.
+bool replaceByCopy(const QString &source, const QString &target)
+{
+    if (QFileInfo(source) == QFileInfo(target))
+        return false;
+    // Deliberate: the old target goes first, also when the copy then fails.
+    QFile::remove(target);
+    return QFileInfo(source).isFile() && QFile::copy(source, target); // a FIFO would block
+}
+
+} // namespace
+
+FileSync::FileSync(QObject *parent)
+    : QObject(parent), m_process(new QProcess(this)),
+      m_keyFile(AppConfig::sharePath(QStringLiteral("certificates/%1_rsa").arg(m_RemoteUser)))
+{
+    m_process->setWorkingDirectory(QDir::rootPath());
+    m_process->setStandardInputFile(QProcess::nullDevice());
+    // Deliberate: the output is not connected to onFileSyncReadyRead(), so nothing emits transferProgress().
+    connect(m_process, qOverload<int, QProcess::ExitStatus>(&QProcess::finished), this,
+            &FileSync::onFinished);
+    connect(m_process, &QProcess::errorOccurred, this, &FileSync::onError);
+}
+
+FileSync::~FileSync()
+{
+    if (!m_process)
+        return;
+    m_process->disconnect(this);
+    m_process->kill();
+    m_process->waitForFinished();
+}
+
+void FileSync::setRemoteUser(const QString &user)
+{
+    m_RemoteUser = user;
+}
+
+bool FileSync::canStart() const
+{
+    if (m_process && m_process->state() == QProcess::NotRunning)
+        return true;
+    qCWarning(category) << "A job can be started only once";
+    return false;
+}
+
+void FileSync::executeCommand(const QString &command, const QStringList &arguments, const QString &host,
+                              const QString &workingDirectory)
+{
+    if (!canStart())
+        return;
+    m_host = host;
+    m_arguments = arguments;
+    m_command = command;
+    if (!workingDirectory.isEmpty())
+        m_process->setWorkingDirectory(workingDirectory);
+    if (host.isEmpty()) {
+        start(command, arguments);
+        return;
+    }
+
+    const QString destination = QStringLiteral("%2@%1").arg(host, m_RemoteUser);
+    if (looksLikeOption(destination) || looksLikeOption(command)) {
+        qCWarning(category) << "Refused, ssh would read options from:" << destination << command;
+        onError(QProcess::FailedToStart);
+        return;
+    }
+    start(QStringLiteral("ssh"),
+          {QStringLiteral("-o"), QStringLiteral("IPQos=0x00"), QStringLiteral("-o"),
+           QStringLiteral("ServerAliveInterval=5"), QStringLiteral("-o"),
+           QStringLiteral("StrictHostKeyChecking=no"), QStringLiteral("-i"), m_keyFile, destination, command,
+           arguments.join(QLatin1Char(' '))});
+}
+
+// The start can fail at once and then has reported when it returns.
+void FileSync::start(const QString &program, const QStringList &arguments)
+{
+    qCInfo(category) << program + QLatin1Char(' ') + arguments.join(QLatin1Char(' '));
+    m_process->start(program, arguments, QIODevice::ReadOnly);
+}
+
+void FileSync::syncFile(const QString &command, const QString &from, const QString &to,
+                        const QString &hostName, bool hostFrom)
+{
+    qCInfo(category) << "command:" << command << "from:" << from << "to:" << to << "hostName:" << hostName
+                     << "hostFrom:" << hostFrom;
+    // Deliberate: no host, no job and no report.
+    if (hostName.isEmpty() || !canStart())
+        return;
+    m_copyPending = true;
+    m_source = from;
+    m_target = to;
+    m_copyFromHost = hostFrom;
+    executeCommand(command, QStringList(), hostName, QString());
+}
+
+void FileSync::syncFile(const QString &source, const QString &target, const QString &hostName, bool hostFrom)
+{
+    const DebugInfoEnterExit trace(Q_FUNC_INFO, 1);
+    const QString targetPath = QDir::toNativeSeparators(QDir::cleanPath(target));
+    const QString sourcePath =
+        QDir::toNativeSeparators(QDir::cleanPath(QDir::current().absoluteFilePath(source)));
+    qCInfo(category) << "SourcePath:" << sourcePath << "TargetPath:" << targetPath << "hostName:" << hostName
+                     << "hostFrom:" << hostFrom;
+    m_status = replaceByCopy(sourcePath, targetPath) ? Success : UnknownError;
+    QTimer::singleShot(copyReportDelay, this, &FileSync::onCopyComplete);
+}
+
+void FileSync::onCopyComplete()
+{
+    if (!m_process)
+        return;
+    if (m_status != Success)
+        qCWarning(category, "FileSync Failed(%d)\n", m_status);
+    report(m_status);
+}
+
+// A crash has been reported as an error by the time it arrives here.
+void FileSync::onFinished(int exitCode, QProcess::ExitStatus)
+{
+    const DebugInfoEnterExit trace(Q_FUNC_INFO, 1);
+    if (m_restarting || !m_process)
+        return;
+
+    int result = exitCode;
+    if (exitCode == 0) {
+        qCInfo(category) << "exitCode:" << exitCode;
+    } else {
+        const QByteArray bytes = m_process->readAllStandardError();
+        const QString text = QString::fromLocal8Bit(bytes.constData(), bytes.size());
+        if (text.contains(QLatin1String("No space left on device (28)")))
+            result = NoSpaceLeftOnDevice;
+        qCInfo(category) << "Failed(" << result << "):" << text;
+    }
+
+    m_process->terminate(); // has an effect only when this slot was called by name
+    if (m_copyPending && result == 0) {
+        m_copyPending = false;
+        syncFile(m_source, m_target, m_host, m_copyFromHost);
+        return;
+    }
+    report(result);
+}
+
+void FileSync::onError(QProcess::ProcessError processError)
+{
+    if (m_restarting || !m_process)
+        return;
+    qCInfo(category) << "Failed(" << processError << ")" << m_process->errorString();
+    // After these two the child has been reaped, and its id may belong to another process.
+    if (processError != QProcess::FailedToStart && processError != QProcess::Crashed)
+        m_process->terminate();
+    report(UnknownError);
+}
+
+// Nothing is released before the receivers return: one that runs an event loop would see both objects deleted
+// in the middle of a signal of the process.
+void FileSync::report(int status)
+{
+    QProcess *const process = std::exchange(m_process, nullptr);
+    Q_EMIT completed(status);
+    process->deleteLater();
+    deleteLater();
+}
+
+void FileSync::onFileSyncReadyRead()
+{
+    if (!m_process)
+        return;
+    // Up to the first zero byte.
+    const QString text = QString::fromLocal8Bit(m_process->readAllStandardOutput().constData());
+    qCDebug(category) << text;
+    // Deliberate: the greedy start leaves the capture only the last digit, so "45%" gives 5.
+    QRegExp percentage(QStringLiteral(".*(\\d+)%.*"), Qt::CaseSensitive, QRegExp::RegExp2);
+    if (!percentage.exactMatch(text))
+        return;
+    m_progress = percentage.cap(1).toInt();
+    qCInfo(category) << "Progress:" << m_progress;
+    Q_EMIT transferProgress(m_progress);
+}
+
+void FileSync::onHostChanged(const QString &a_newHost)
+{
+    if (!m_process)
+        return;
+    qCInfo(category) << "New host:" << a_newHost << "Current host:" << m_host;
+    if (a_newHost.isEmpty() || a_newHost == m_host)
+        return;
+
+    const bool wasRunning = m_process->state() != QProcess::NotRunning;
+    stop();
+    if (!m_host.isEmpty())
+        m_arguments.replaceInStrings(m_host, a_newHost);
+    m_host = a_newHost;
+    // Deliberate: the command itself is started, here, even if it ran through ssh before.
+    if (wasRunning)
+        start(m_command, m_arguments);
+}
+
+void FileSync::stop()
+{
+    m_restarting = true;
+    m_process->terminate();
+    m_process->waitForFinished(filesync::terminateTimeout);
+    if (m_process->state() != QProcess::NotRunning) {
+        m_process->kill();
+        m_process->waitForFinished();
+    }
+    m_progress = 0;
+    m_restarting = false;
+}
+
+// Deliberate: the result tells of failure, and that of a directory entry replaces what was noted before it.
+bool FileSync::removeDirectory(QDir dir)
+{
+    if (!dir.exists())
+        return false;
+    qCInfo(category) << "Dir:" << dir.path();
+    if (QFileInfo(dir.absolutePath()).isSymLink())
+        return !QFile::remove(dir.absolutePath());
+
+    bool failed = false;
+    const QFileInfoList entries =
+        dir.entryInfoList(QDir::Dirs | QDir::Files | QDir::NoDotAndDotDot, QDir::NoSort);
+    for (const QFileInfo &entry : entries) {
+        if (entry.isDir())
+            failed = removeDirectory(QDir(entry.absoluteFilePath()));
+        else if (!dir.remove(entry.fileName()))
+            failed = true;
+    }
+    return !dir.rmdir(dir.absolutePath()) || failed;
+}
