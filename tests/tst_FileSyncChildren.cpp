@@ -153,10 +153,15 @@ void tst_FileSyncChildren::runsManyAtOnce()
         } else if (i % 4 == 1) {
             job->executeCommand(m_sandbox.path("missing"), {}, QString(), QString());
         } else {
+            // Not before the start: the child would still run this program's signal handlers.
+            QProcess *const process = processOf(*job);
+            const int signal = signals.at(random.bounded(4));
+            const int delay = int(random.bounded(100)); // ms
+            connect(process, &QProcess::started, process, [process, signal, delay] {
+                const auto kill = [process, signal] { ::kill(pid_t(process->processId()), signal); };
+                QTimer::singleShot(delay, process, kill);
+            });
             job->executeCommand(text("sleep"), {text("600")}, QString(), QString());
-            const auto kill = [pid = pid_t(processOf(*job)->processId()),
-                               signal = signals.at(random.bounded(4))] { ::kill(pid, signal); };
-            QTimer::singleShot(int(random.bounded(100)), job, kill);
         }
     }
     const auto isGone = [](const QPointer<FileSync> &job) { return job.isNull(); };
