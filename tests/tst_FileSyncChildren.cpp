@@ -2,20 +2,16 @@
 
 #include <FileSync_p.h>
 
+#include "Cases.h"
 #include "SyncJob.h"
 
 #include <QRandomGenerator>
 #include <QTimer>
-#include <QtTest>
 
 #include <array>
 #include <cerrno>
-#include <csignal>
 
 #include <sys/wait.h>
-
-using End = void (*)(FileSync *);
-Q_DECLARE_METATYPE(End)
 
 namespace {
 
@@ -26,7 +22,37 @@ m-1:*) echo ready; exec sleep 600 ;;
 esac
 )";
 
-const QString stubborn = QStringLiteral("trap '' TERM; echo ready; while :; do sleep 0.05; done");
+const char stubborn[] = "trap '' TERM; echo ready; while :; do sleep 0.05; done";
+
+const struct {
+    const char *name, *newHost;
+    bool restarts;
+} hostCases[] = {
+    {"other", "m-2", true},
+    {"hostile", "-$(reboot) %1\\1", true},
+    {"same", "m-1", false},
+    {"empty", "", false},
+};
+
+const struct {
+    const char *name;
+    void (*end)(FileSync *job);
+    bool isReported;
+} endCases[] = {
+    {"destruction", [](FileSync *job) { delete job; }, false},
+    {"host change",
+     [](FileSync *job) {
+         job->onHostChanged(text("other"));
+         QVERIFY(waitForOutput(*job)); // the restarted child is as stubborn
+         job->deleteLater();
+     },
+     false},
+    {"error",
+     [](FileSync *job) {
+         QMetaObject::invokeMethod(job, "onError", Q_ARG(QProcess::ProcessError, QProcess::ReadError));
+     },
+     true},
+};
 
 int openDescriptors()
 {
@@ -40,10 +66,10 @@ class tst_FileSyncChildren : public QObject {
 
 private Q_SLOTS:
     void initTestCase();
-    void changesHost_data();
+    void changesHost_data() { addCases(hostCases); }
     void changesHost();
     void changesHostWithoutARunningCommand();
-    void leavesNoChild_data();
+    void leavesNoChild_data() { addCases(endCases); }
     void leavesNoChild();
     void runsManyAtOnce();
 
@@ -58,34 +84,23 @@ void tst_FileSyncChildren::initTestCase()
     filesync::terminateTimeout = 200;
 }
 
-void tst_FileSyncChildren::changesHost_data()
-{
-    QTest::addColumn<QString>("newHost");
-    QTest::addColumn<bool>("restarts");
-    QTest::newRow("other") << text("m-2") << true;
-    QTest::newRow("hostile") << text("-$(reboot) %1\\1") << true;
-    QTest::newRow("same") << text("m-1") << false;
-    QTest::newRow("empty") << QString() << false;
-}
-
 void tst_FileSyncChildren::changesHost()
 {
-    QFETCH(QString, newHost);
-    QFETCH(bool, restarts);
+    const auto &change = currentCase(hostCases);
     QFile::remove(text("record"));
     const QList<int> reports = runJob([&](FileSync &job) {
         job.executeCommand(text("fetch"), {text("m-1:/a"), text("m-1,m-1"), text("M-1")}, text("m-1"),
                            m_sandbox.root());
         QVERIFY(waitForOutput(job));
         const qint64 pid = processOf(job)->processId();
-        job.onHostChanged(newHost);
-        QCOMPARE(isAlive(pid), !restarts);
-        if (!restarts)
+        job.onHostChanged(text(change.newHost));
+        QCOMPARE(isAlive(pid), !change.restarts);
+        if (!change.restarts)
             job.deleteLater();
     });
-    QCOMPARE(reports, restarts ? QList<int>{0} : QList<int>());
+    QCOMPARE(reports, change.restarts ? QList<int>{0} : QList<int>());
     QCOMPARE(readFile(text("record")),
-             restarts ? text("%1:/a\n%1,%1\nM-1\n").arg(newHost).toUtf8() : QByteArray());
+             change.restarts ? text("%1:/a\n%1,%1\nM-1\n").arg(text(change.newHost)).toUtf8() : QByteArray());
 }
 
 void tst_FileSyncChildren::changesHostWithoutARunningCommand()
@@ -104,33 +119,18 @@ void tst_FileSyncChildren::changesHostWithoutARunningCommand()
     QVERIFY(QFile::exists(text("copy")));
 }
 
-void tst_FileSyncChildren::leavesNoChild_data()
-{
-    QTest::addColumn<End>("end");
-    QTest::addColumn<QList<int>>("reported");
-    QTest::newRow("destruction") << End([](FileSync *job) { delete job; }) << QList<int>();
-    QTest::newRow("host change") << End([](FileSync *job) {
-        job->onHostChanged(text("other"));
-        QVERIFY(waitForOutput(*job)); // the restarted child is as stubborn
-        job->deleteLater();
-    }) << QList<int>();
-    QTest::newRow("error") << End([](FileSync *job) {
-        QMetaObject::invokeMethod(job, "onError", Q_ARG(QProcess::ProcessError, QProcess::ReadError));
-    }) << QList<int>{-1};
-}
-
 void tst_FileSyncChildren::leavesNoChild()
 {
-    QFETCH(End, end);
+    const auto &ending = currentCase(endCases);
     qint64 pid = 0;
-    const QList<int> reports = runJob([&pid, end](FileSync &job) {
-        job.executeCommand(text("sh"), {text("-c"), stubborn}, QString(), QString());
+    const QList<int> reports = runJob([&pid, &ending](FileSync &job) {
+        job.executeCommand(text("sh"), {text("-c"), text(stubborn)}, QString(), QString());
         QVERIFY(waitForOutput(job));
         pid = processOf(job)->processId();
-        QTimer::singleShot(0, &job, [&job, end] { end(&job); });
+        QTimer::singleShot(0, &job, [&job, &ending] { ending.end(&job); });
     });
     QVERIFY(pid != 0 && !isAlive(pid));
-    QTEST(reports, "reported");
+    QCOMPARE(reports, ending.isReported ? QList<int>{-1} : QList<int>());
 }
 
 void tst_FileSyncChildren::runsManyAtOnce()
@@ -155,7 +155,7 @@ void tst_FileSyncChildren::runsManyAtOnce()
         } else {
             // Not before the start: the child would still run this program's signal handlers.
             QProcess *const process = processOf(*job);
-            const int signal = signals.at(random.bounded(4));
+            const int signal = signals.at(random.bounded(4U));
             const int delay = int(random.bounded(100)); // ms
             connect(process, &QProcess::started, process, [process, signal, delay] {
                 const auto kill = [process, signal] { ::kill(pid_t(process->processId()), signal); };

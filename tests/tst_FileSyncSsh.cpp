@@ -1,11 +1,44 @@
 // Jobs that reach a real secure-shell server on loopback, through the real client.
 
+#include "Cases.h"
 #include "LocalSshd.h"
 #include "SyncJob.h"
 
-#include <QtTest>
-
 #include <pwd.h>
+
+namespace {
+
+const struct {
+    const char *name;
+    const char *user; // null for the one whose key the server accepts
+    const char *host, *command, *arguments;
+    int status;
+} cases[] = {
+    {"success", nullptr, "m-1", "test", "a\\ b = 'a b'", 0},
+    {"exit code", nullptr, "m-1", "exit", "24", 24},
+    {"no such command", nullptr, "m-1", "no-such-command", "", 127},
+    {"full disk", nullptr, "m-1", "echo", "'No space left on device (28)' >&2; exit 11", -2},
+    {"refused key", "intruder", "m-1", "true", "", 255},
+    {"no key", "nobody-has-a-key", "m-1", "true", "", 255},
+    {"unreachable host", nullptr, "unreachable", "true", "", 255},
+    {"hostile host", nullptr, "-oProxyCommand=touch marker;$(touch marker)", "true", "", 255},
+};
+
+// For Host blocks the first value of a setting counts.
+const char clientConfig[] = R"(Host unreachable
+  Port %1
+Host asks
+  BatchMode no
+Host *
+  HostName 127.0.0.1
+  Port %2
+  BatchMode yes
+  IdentitiesOnly yes
+  IdentityAgent none
+  UserKnownHostsFile "%3/known_hosts"
+)";
+
+} // namespace
 
 class tst_FileSyncSsh : public QObject {
     Q_OBJECT
@@ -13,7 +46,7 @@ class tst_FileSyncSsh : public QObject {
 private Q_SLOTS:
     void initTestCase();
     void init() { FileSync::setRemoteUser(m_user); }
-    void reports_data();
+    void reports_data() { addCases(cases); }
     void reports();
     void copiesAfterTheJob();
     void waitsForAPassword();
@@ -36,56 +69,19 @@ void tst_FileSyncSsh::initTestCase()
     QVERIFY(LocalSshd::makeKey(key.arg(text("intruder"))));
     QVERIFY(m_server.start());
 
-    const QString config = text(R"(Host unreachable
-  Port %1
-Host asks
-  BatchMode no
-Host *
-  HostName 127.0.0.1
-  Port %2
-  BatchMode yes
-  IdentitiesOnly yes
-  IdentityAgent none
-  UserKnownHostsFile "%3/known_hosts"
-)");
-    QVERIFY(writeFile(
-        text("ssh_config"),
-        config.arg(LocalSshd::freePort()).arg(m_server.port()).arg(m_sandbox.root()).toLocal8Bit()));
-    QVERIFY(writeProgram(
-        text("bin/ssh"),
-        text("exec %1 -F '%2' \"$@\"\n").arg(client, m_sandbox.path("ssh_config")).toLocal8Bit()));
-}
-
-void tst_FileSyncSsh::reports_data()
-{
-    QTest::addColumn<QString>("user");
-    QTest::addColumn<QString>("host");
-    QTest::addColumn<QString>("command");
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<int>("status");
-    const auto row = [](const char *name, const QString &user, const char *host, const char *command,
-                        const QStringList &arguments, int status) {
-        QTest::newRow(name) << user << text(host) << text(command) << arguments << status;
-    };
-    row("success", m_user, "m-1", "test", {text("a\\ b"), text("="), text("'a b'")}, 0);
-    row("exit code", m_user, "m-1", "exit", {text("24")}, 24);
-    row("no such command", m_user, "m-1", "no-such-command", {}, 127);
-    row("full disk", m_user, "m-1", "echo", {text("'No space left on device (28)' >&2; exit 11")}, -2);
-    row("refused key", text("intruder"), "m-1", "true", {}, 255);
-    row("no key", text("nobody-has-a-key"), "m-1", "true", {}, 255);
-    row("unreachable host", m_user, "unreachable", "true", {}, 255);
-    row("hostile host", m_user, "-oProxyCommand=touch marker;$(touch marker)", "true", {}, 255);
+    const QString config =
+        text(clientConfig).arg(LocalSshd::freePort()).arg(m_server.port()).arg(m_sandbox.root());
+    const QString wrapper = text("exec %1 -F '%2' \"$@\"\n").arg(client, m_sandbox.path("ssh_config"));
+    QVERIFY(writeFile(text("ssh_config"), config.toLocal8Bit()));
+    QVERIFY(writeProgram(text("bin/ssh"), wrapper.toLocal8Bit()));
 }
 
 void tst_FileSyncSsh::reports()
 {
-    QFETCH(QString, user);
-    QFETCH(QString, host);
-    QFETCH(QString, command);
-    QFETCH(QStringList, arguments);
-    QFETCH(int, status);
-    FileSync::setRemoteUser(user);
-    QCOMPARE(runJob(command, arguments, host, m_sandbox.root()), QList<int>{status});
+    const auto &job = currentCase(cases);
+    FileSync::setRemoteUser(job.user ? text(job.user) : m_user);
+    QCOMPARE(runJob(text(job.command), {text(job.arguments)}, text(job.host), m_sandbox.root()),
+             QList<int>{job.status});
     QVERIFY(!QFile::exists(text("marker")));
 }
 

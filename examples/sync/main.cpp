@@ -108,13 +108,11 @@ void finish(int status)
     AppConfig::exit(status & 0xff);
 }
 
-void stopAfter(int seconds, FileSync *sync)
+void stop(FileSync *sync)
 {
-    QTimer::singleShot(seconds * 1000, sync, [seconds, sync] {
-        std::printf("Stopped after %d s\n", seconds);
-        sync->deleteLater();
-        AppConfig::exit(limitReached);
-    });
+    std::puts("Stopped at the limit");
+    sync->deleteLater();
+    AppConfig::exit(limitReached);
 }
 
 } // namespace
@@ -147,10 +145,13 @@ int main(int argc, char **argv)
     auto *const sync = new FileSync(config->application()); // dies with the application at the latest
     QObject::connect(sync, &FileSync::completed, &finish);
     showOutputOf(*sync);
+    QTimer limit;
+    QObject::connect(&limit, &QTimer::timeout, sync, [sync] { stop(sync); });
     if (job.limit > 0)
-        stopAfter(job.limit, sync);
+        limit.start(job.limit * 1000);
     // Inside the event loop, where a start that fails at once can end it.
-    QTimer::singleShot(0, sync, [&job, sync] { job.start(*sync); });
+    QMetaObject::invokeMethod(
+        sync, [&job, sync] { job.start(*sync); }, Qt::QueuedConnection);
 
     const int status = QCoreApplication::exec();
     return interruption != 0 ? interruption : status;

@@ -131,7 +131,7 @@ void FileSync::syncFile(const QString &source, const QString &target, const QStr
     qCInfo(category) << "SourcePath:" << sourcePath << "TargetPath:" << targetPath << "hostName:" << hostName
                      << "hostFrom:" << hostFrom;
     m_status = replaceByCopy(sourcePath, targetPath) ? Success : UnknownError;
-    QTimer::singleShot(copyReportDelay, this, &FileSync::onCopyComplete);
+    QTimer::singleShot(copyReportDelay, this, SLOT(onCopyComplete()));
 }
 
 void FileSync::onCopyComplete()
