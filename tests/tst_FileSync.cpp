@@ -62,24 +62,24 @@ const struct {
     const char *name;
     const char *sshDoes; // empty: a copy without a remote job
     const char *source, *target;
-    int status;
     const char *left; // in the target: "new", "old" or nothing
+    int status;
     int sizeLimit; // on files, in bytes; 0 for none
 } copyCases[] = {
-    {"remote", "exit 0", "source", "target", 0, "new", 0},
-    {"remote failed", "exit 23", "source", "target", 23, "old", 0},
-    {"remote crashed", "kill -9 $$", "source", "target", -1, "old", 0},
-    {"remote, no source", "exit 0", "missing", "target", -1, "", 0},
-    {"local", "", "source", "target", 0, "new", 0},
-    {"new target", "", "./x/../source", "new//./x/../file", 0, "new", 0},
-    {"no source", "", "missing", "target", -1, "", 0}, // the old target is gone
-    {"no directory", "", "source", "missing/target", -1, "", 0},
-    {"same file", "", "source", "./source", -1, "new", 0},
-    {"source is a link to it", "", "link", "source", -1, "new", 0},
-    {"source is a directory", "", "new", "target", -1, "", 0},
-    {"source is a FIFO", "", "fifo", "target", -1, "", 0},
-    {"disk full at once", "", "source", "target", -1, "", 1},
-    {"disk full at the end", "", "source", "target", -1, "", sourceSize - 1},
+    {"remote", "exit 0", "source", "target", "new", 0, 0},
+    {"remote failed", "exit 23", "source", "target", "old", 23, 0},
+    {"remote crashed", "kill -9 $$", "source", "target", "old", -1, 0},
+    {"remote, no source", "exit 0", "missing", "target", "", -1, 0},
+    {"local", "", "source", "target", "new", 0, 0},
+    {"new target", "", "./x/../source", "new//./x/../file", "new", 0, 0},
+    {"no source", "", "missing", "target", "", -1, 0}, // the old target is gone
+    {"no directory", "", "source", "missing/target", "", -1, 0},
+    {"same file", "", "source", "./source", "new", -1, 0},
+    {"source is a link to it", "", "link", "source", "new", -1, 0},
+    {"source is a directory", "", "new", "target", "", -1, 0},
+    {"source is a FIFO", "", "fifo", "target", "", -1, 0},
+    {"disk full at once", "", "source", "target", "", -1, 1},
+    {"disk full at the end", "", "source", "target", "", -1, sourceSize - 1},
 };
 
 const struct {
@@ -229,7 +229,7 @@ void tst_FileSync::reportsFailedStarts()
     qputenv("PATH", "/missing");
     const QList<int> reports = runJob([&](FileSync &job) {
         // An event loop in the receiver must not delete the job under its own signal.
-        connect(&job, &FileSync::completed, [] { QTest::qWait(1); });
+        connect(&job, &FileSync::completed, &job, [] { QTest::qWait(1); });
         job.executeCommand(text(start.command), {}, text(start.host), text(start.directory));
     });
     qputenv("PATH", usual);
@@ -241,7 +241,7 @@ void tst_FileSync::reportsFailedStarts()
 void tst_FileSync::reportsOnce()
 {
     const QList<int> reports = runJob([this](FileSync &job) {
-        connect(&job, &FileSync::completed, [&job, this] {
+        connect(&job, &FileSync::completed, this, [&job, this] {
             QMetaObject::invokeMethod(&job, "onError", Q_ARG(QProcess::ProcessError, QProcess::Crashed));
             QMetaObject::invokeMethod(&job, "onFinished", Q_ARG(int, 1),
                                       Q_ARG(QProcess::ExitStatus, QProcess::NormalExit));
@@ -314,7 +314,8 @@ void tst_FileSync::removesDirectories()
 {
     const auto &tree = currentCase(directoryCases);
     const QTemporaryDir dir;
-    for (const QString &entry : text("kept/ kept/file %1").arg(text(tree.entries)).split(QLatin1Char(' ')))
+    const QStringList entries = text("kept/ kept/file %1").arg(text(tree.entries)).split(QLatin1Char(' '));
+    for (const QString &entry : entries)
         QVERIFY(makeEntry(QDir(dir.path()), entry));
     const QFileInfo top(dir.filePath(text("top")));
     QCOMPARE(FileSync::removeDirectory(QDir(top.filePath())), tree.failed);

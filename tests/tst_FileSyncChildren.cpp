@@ -79,7 +79,7 @@ private:
 
 void tst_FileSyncChildren::initTestCase()
 {
-    QVERIFY(writeProgram(text("bin/ssh"), "shift 9; eval \"$*\"")); // runs the remote command here
+    QVERIFY(writeProgram(text("bin/ssh"), "shift 9; eval \"exec $*\"")); // becomes the remote command
     QVERIFY(writeProgram(text("bin/fetch"), fetch));
     filesync::terminateTimeout = 200;
 }
@@ -127,7 +127,7 @@ void tst_FileSyncChildren::leavesNoChild()
         job.executeCommand(text("sh"), {text("-c"), text(stubborn)}, QString(), QString());
         QVERIFY(waitForOutput(job));
         pid = processOf(job)->processId();
-        QTimer::singleShot(0, &job, [&job, &ending] { ending.end(&job); });
+        ending.end(&job);
     });
     QVERIFY(pid != 0 && !isAlive(pid));
     QCOMPARE(reports, ending.isReported ? QList<int>{-1} : QList<int>());
@@ -146,7 +146,7 @@ void tst_FileSyncChildren::runsManyAtOnce()
     for (int i = 0; i < jobCount; ++i) {
         auto *const job = new FileSync(nullptr);
         jobs << job;
-        connect(job, &FileSync::completed, [&reports, i](int status) { reports[i] << status; });
+        connect(job, &FileSync::completed, job, [report = &reports[i]](int status) { *report << status; });
         if (i % 4 == 0) {
             job->executeCommand(text("sh"), {text("-c"), text("exit %1").arg(i)}, QString(), QString());
             expected[i] = {i};
@@ -155,11 +155,13 @@ void tst_FileSyncChildren::runsManyAtOnce()
         } else {
             // Not before the start: the child would still run this program's signal handlers.
             QProcess *const process = processOf(*job);
-            const int signal = signals.at(random.bounded(4U));
-            const int delay = int(random.bounded(100)); // ms
-            connect(process, &QProcess::started, process, [process, signal, delay] {
-                const auto kill = [process, signal] { ::kill(pid_t(process->processId()), signal); };
-                QTimer::singleShot(delay, process, kill);
+            auto *const timer = new QTimer(process);
+            timer->setSingleShot(true); // a second kill would have no process id and hit this program's group
+            timer->setInterval(int(random.bounded(100)));
+            connect(process, &QProcess::started, timer, qOverload<>(&QTimer::start));
+            connect(timer, &QTimer::timeout, process, [process, signal = signals.at(random.bounded(4U))] {
+                QVERIFY(process->processId() > 0);
+                ::kill(pid_t(process->processId()), signal);
             });
             job->executeCommand(text("sleep"), {text("600")}, QString(), QString());
         }

@@ -79,7 +79,8 @@ void tst_FileSyncTools::rsync()
     const QString target = m_sandbox.path("it's a $(new) täŕget; -n");
     QDir(target).removeRecursively();
     QStringList arguments{text("-r")};
-    for (const QString &source : text(job.sources).split(QLatin1Char(' ')))
+    const QStringList sources = text(job.sources).split(QLatin1Char(' '));
+    for (const QString &source : sources)
         arguments << (source.startsWith(QLatin1Char('-')) ? source : m_sandbox.path(qPrintable(source)));
     QCOMPARE(runJob(text("rsync"), arguments << target + text("/")), QList<int>{job.status});
     QCOMPARE(QFile::exists(target + text("/last")), job.status != FileSync::SyntaxError);
@@ -91,7 +92,7 @@ void tst_FileSyncTools::rsyncOfVanishingFiles()
     const QString target = m_sandbox.path("vanishing");
     QVERIFY(QDir().mkdir(target));
     const QFileSystemWatcher watcher({target});
-    connect(&watcher, &QFileSystemWatcher::directoryChanged,
+    connect(&watcher, &QFileSystemWatcher::directoryChanged, this,
             [this] { QFile::remove(m_sandbox.path("source/last")); });
     QCOMPARE(runJob(text("rsync"), {text("-r"), text("--bwlimit=400"), m_sandbox.path("source/"), target}),
              QList<int>{FileSync::PartialTransferDueToVanishedSourceFiles});

@@ -16,6 +16,8 @@ constexpr int wrongCommandLine = 64;
 constexpr int limitReached = 124;
 constexpr int signalBase = 128;
 
+int signalStatus = 0; // of the signal that has ended the program
+
 struct Option {
     const char *name;
     const char *help;
@@ -94,7 +96,7 @@ struct Job {
 void showOutputOf(FileSync &sync)
 {
     auto *const process = sync.findChild<QProcess *>();
-    QObject::connect(process, &QProcess::readyReadStandardOutput, [process] {
+    QObject::connect(process, &QProcess::readyReadStandardOutput, process, [process] {
         const QByteArray output = process->readAllStandardOutput();
         std::fwrite(output.constData(), 1, std::size_t(output.size()), stdout);
         std::fflush(stdout);
@@ -136,23 +138,24 @@ int main(int argc, char **argv)
         return wrongCommandLine;
     }
 
-    int interruption = 0;
-    QObject::connect(config, &AppConfig::shutdownRequested, &application,
-                     [&interruption](int signal) { interruption = signalBase + signal; });
+    QObject::connect(config, &AppConfig::shutdownRequested, config,
+                     [](int signal) { signalStatus = signalBase + signal; });
     AppConfig::cleanExit();
 
     FileSync::setRemoteUser(job.user);
     auto *const sync = new FileSync(config->application()); // dies with the application at the latest
-    QObject::connect(sync, &FileSync::completed, &finish);
+    QObject::connect(sync, &FileSync::completed, sync, &finish);
     showOutputOf(*sync);
     QTimer limit;
     QObject::connect(&limit, &QTimer::timeout, sync, [sync] { stop(sync); });
     if (job.limit > 0)
         limit.start(job.limit * 1000);
     // Inside the event loop, where a start that fails at once can end it.
-    QMetaObject::invokeMethod(
-        sync, [&job, sync] { job.start(*sync); }, Qt::QueuedConnection);
+    QTimer starter;
+    starter.setSingleShot(true);
+    QObject::connect(&starter, &QTimer::timeout, sync, [&job, sync] { job.start(*sync); });
+    starter.start(0);
 
     const int status = QCoreApplication::exec();
-    return interruption != 0 ? interruption : status;
+    return signalStatus != 0 ? signalStatus : status;
 }

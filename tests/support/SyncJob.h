@@ -39,7 +39,7 @@ inline bool writeProgram(const QString &path, const QByteArray &script)
 
 inline bool isAlive(qint64 pid)
 {
-    return ::kill(pid_t(pid), 0) == 0;
+    return pid > 0 && ::kill(pid_t(pid), 0) == 0;
 }
 
 /// A directory that is the working directory, the share root and the per-user base; its "bin" is first in
@@ -79,13 +79,15 @@ inline bool waitForOutput(const FileSync &job)
 /// @return all that it has reported
 inline QList<int> runJob(const std::function<void(FileSync &)> &start)
 {
-    QList<int> reports;
     auto *const job = new FileSync(nullptr);
-    QObject::connect(job, &FileSync::completed, [&reports](int status) { reports << status; });
+    QSignalSpy completed(job, &FileSync::completed);
     QSignalSpy gone(job, &QObject::destroyed);
     start(*job);
-    if (!gone.wait(20000))
+    if (gone.isEmpty() && !gone.wait(20000))
         delete job;
+    QList<int> reports;
+    while (!completed.isEmpty())
+        reports << completed.takeFirst().constFirst().toInt();
     return reports;
 }
 
