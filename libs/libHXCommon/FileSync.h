@@ -21,7 +21,7 @@
  *     if (status == FileSync::NoSpaceLeftOnDevice)
  *         qWarning("The disk is full");
  * });
- * job->syncFile(QStringLiteral("tar -cf /tmp/log.tar -C /var log"), QStringLiteral("/mnt/manikin/log.tar"),
+ * job->syncFile(QStringLiteral("tar -cf /srv/log.tar -C /var log"), QStringLiteral("/mnt/manikin/log.tar"),
  *               AppConfig::tmpPath(QStringLiteral("log.tar")), QStringLiteral("manikin-7"), true);
  * @endcode
  *
@@ -91,7 +91,8 @@ public:
     };
     Q_ENUM(fileSyncStatus)
 
-    /// Makes a job; it takes its private key from m_RemoteUser and AppConfig::sharePath() now.
+    /// Makes a job. It settles on its private key now, by m_RemoteUser and AppConfig::sharePath(), so
+    /// AppConfig is to be initialised first.
     explicit FileSync(QObject *parent);
 
     /// Kills a running child and waits for its end; reports nothing.
