@@ -65,6 +65,17 @@ void writeSignal(int descriptor, int number);
 /// The next signal number of a channel, -1 when there is none.
 int readSignal(int descriptor);
 
+/**
+ * Keeps other callers of this function out of the same directory, in all processes, until unlockDirectory().
+ * The system releases the lock of a process that ends.
+ *
+ * Who waits longer than @p milliseconds goes on without the lock. Windows needs none: its named objects come
+ * into being and vanish in one step.
+ * @return what unlockDirectory() takes
+ */
+int lockDirectory(const char *path, int milliseconds);
+void unlockDirectory(int descriptor);
+
 } // namespace platform
 
 #endif

@@ -3,11 +3,14 @@
 #include <QFile>
 
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <ctime>
 #include <initializer_list>
+#include <thread>
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -122,6 +125,19 @@ int readSignal(int descriptor)
         count = ::read(descriptor, &byte, 1);
     } while (count == -1 && errno == EINTR);
     return count == 1 ? byte : -1;
+}
+
+int lockDirectory(const char *path, int milliseconds)
+{
+    const int descriptor = ::open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    while (::flock(descriptor, LOCK_EX | LOCK_NB) == -1 && errno == EWOULDBLOCK && --milliseconds > 0)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    return descriptor;
+}
+
+void unlockDirectory(int descriptor)
+{
+    ::close(descriptor);
 }
 
 } // namespace platform

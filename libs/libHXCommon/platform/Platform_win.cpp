@@ -84,4 +84,11 @@ int readSignal(int)
     return -1;
 }
 
+int lockDirectory(const char *, int)
+{
+    return -1;
+}
+
+void unlockDirectory(int) { }
+
 } // namespace platform
