@@ -19,6 +19,7 @@ private Q_SLOTS:
     void namesProblems_data();
     void namesProblems();
     void answersClinicalQuestions();
+    void runsOnce();
     void listsItsOptionsAfterTheBuiltInOnes();
 
 private:
@@ -160,6 +161,24 @@ void tst_doctor::answersClinicalQuestions()
             line = line.simplified();
         QVERIFY2(lines.contains(question.line), question.line);
     }
+}
+
+void tst_doctor::runsOnce()
+{
+    const QStringList options = {QStringLiteral("--null"), QStringLiteral("--single-instance")};
+    QProcess first;
+    startChild(first, QStringLiteral(OLVEX_DOCTOR_PATH), options, m_sandbox->path());
+    QVERIFY(first.waitForReadyRead());
+    const ChildResult second = run(QStringLiteral("--single-instance"));
+    QCOMPARE(second.exitCode, 3);
+    QCOMPARE(second.err, QByteArray("Another instance is running.\n"));
+#ifdef Q_OS_WIN
+    first.kill(); // a console program has no other end there
+    finishChild(first);
+#else
+    first.terminate();
+    QCOMPARE(finishChild(first).exitCode, 0);
+#endif
 }
 
 void tst_doctor::listsItsOptionsAfterTheBuiltInOnes()

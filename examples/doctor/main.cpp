@@ -1,12 +1,13 @@
 // olvex-doctor: tells a field engineer what an Olvex executable finds when it starts on this machine.
 //
 // Exit status: 0 nothing is wrong, 1 something is (or the task asked for failed), 2 the command line is
-// wrong.
+// wrong, 3 another instance is running.
 
 #include "ClinicalCommands.h"
 #include "Examination.h"
 
 #include <AppConfig.h>
+#include <RunGuard.h>
 
 #include <QCoreApplication>
 #include <QLoggingCategory>
@@ -26,6 +27,20 @@ int printReport()
     return report.problems.isEmpty() ? 0 : 1;
 }
 
+// --single-instance: what an executable does that must run only once.
+int runSingleInstance()
+{
+    RunGuard guard(QStringLiteral("olvex-doctor"));
+    if (!guard.tryToRun()) {
+        std::fputs("Another instance is running.\n", stderr);
+        return 3;
+    }
+    AppConfig::cleanExit();
+    std::puts("This is the only instance; it runs until Ctrl+C.");
+    std::fflush(stdout);
+    return QCoreApplication::exec();
+}
+
 // An option of the doctor, and its task if it asks for another one than the report.
 struct Option {
     const char *name;
@@ -41,6 +56,7 @@ constexpr Option options[] = {
     {"--rate", 1, "<beats/min> Heart rate for --rhythm", nullptr},
     {"--age", 1, "<age> Age for --rhythm, adult unless given", nullptr},
     {"--products", 0, "Prints the manikin types and their products", runProducts},
+    {"--single-instance", 0, "Runs until Ctrl+C unless another instance does", runSingleInstance},
 };
 
 bool isAskedFor(const Option &option)
