@@ -1,0 +1,224 @@
+#include "ConnectivityChecker.h"
+
+#include "NetworkManager.h"
+#include "NetworkReplyTimeout.h"
+#include "OXUrls.h"
+
+#include <QCoreApplication>
+#include <QLoggingCategory>
+#include <QMetaEnum>
+#include <QNetworkConfigurationManager>
+#include <QNetworkReply>
+#include <QRandomGenerator>
+#include <QTimer>
+
+// Qt 5.15 deprecates the network-configuration classes in favour of Qt 6, which this library does not use.
+QT_WARNING_DISABLE_DEPRECATED
+
+namespace {
+
+Q_LOGGING_CATEGORY(category, "Olvex.ConnectivityChecker", QtInfoMsg)
+
+constexpr int firstDelay = 1000; // ms, after a change; also the least delay of a drawn one
+constexpr int jitter = 1000; // ms
+constexpr int offlineDelay = 10000; // ms
+
+bool testOffline()
+{
+    const QCoreApplication *const application = QCoreApplication::instance();
+    return application && application->property("TestOffline").toBool();
+}
+
+template <typename Enum> const char *nameOf(Enum value)
+{
+    return QMetaEnum::fromType<Enum>().valueToKey(value);
+}
+
+} // namespace
+
+ConnectivityChecker::ConnectivityChecker(QObject *parent) : QObject(parent), m_scheduleTimer(new QTimer(this))
+{
+    // Signals name the short form; spies and queued connections look it up.
+    qRegisterMetaType<ConnectivityStatus>("ConnectivityStatus");
+    qRegisterMetaType<ConnectivityStatus>("ConnectivityChecker::ConnectivityStatus");
+    qRegisterMetaType<QNetworkAccessManager::NetworkAccessibility>();
+
+    m_scheduleTimer->setSingleShot(true);
+    m_scheduleTimer->setInterval(firstDelay);
+    connectTriggers();
+}
+
+void ConnectivityChecker::connectTriggers()
+{
+    connect(m_scheduleTimer, &QTimer::timeout, this, &ConnectivityChecker::startCheck);
+
+    const NetworkManager *const network = NetworkManager::instance();
+    connect(network->accessManager(), &QNetworkAccessManager::networkAccessibleChanged, this,
+            &ConnectivityChecker::networkAccessibleChanged);
+    connect(network->configurationManager(), &QNetworkConfigurationManager::onlineStateChanged, this,
+            &ConnectivityChecker::checkConnectivity);
+    connect(network, &NetworkManager::checkConnectivity, this, &ConnectivityChecker::checkConnectivity);
+
+    const OXUrls *const urls = OXUrls::instance();
+    connect(urls, &OXUrls::environmentChanged, this, &ConnectivityChecker::onOXUrlsEnvironmentChanged);
+    connect(urls, &OXUrls::regionChanged, this, &ConnectivityChecker::onOXUrlsRegionChanged);
+}
+
+ConnectivityChecker::~ConnectivityChecker()
+{
+    qCDebug(category) << "destroyed" << m_url;
+}
+
+ConnectivityChecker::ConnectivityStatus ConnectivityChecker::status() const
+{
+    return testOffline() ? FAILED : m_status;
+}
+
+void ConnectivityChecker::setUrl(const QUrl &url)
+{
+    qCDebug(category) << "url" << url;
+    if (m_url == url)
+        return;
+    m_url = url;
+    Q_EMIT urlChanged(url);
+}
+
+void ConnectivityChecker::useOXUrl(const QString &key, const QString &path)
+{
+    qCInfo(category) << "OXUrlKey:" << key << "Path:" << path;
+    m_urlKey = key;
+    m_path = path;
+    setUrl(OXUrls::url(key, path, false, QUrlQuery()));
+}
+
+void ConnectivityChecker::setTimeout(int timeout)
+{
+    qCDebug(category) << "timeout" << timeout;
+    if (m_timeout == timeout)
+        return;
+    m_timeout = timeout;
+    Q_EMIT timeoutChanged(timeout);
+}
+
+void ConnectivityChecker::setScheduleTimeout(int a_Timeout)
+{
+    qCDebug(category) << "timeout:" << a_Timeout;
+    if (m_scheduleTimeout == a_Timeout)
+        return;
+    m_scheduleTimeout = a_Timeout;
+    Q_EMIT scheduleTimeoutChanged(a_Timeout);
+}
+
+void ConnectivityChecker::scheduleCheck(int a_Timeout)
+{
+    qCDebug(category) << "timeout:" << a_Timeout;
+    m_scheduleTimer->start(qMax(0, a_Timeout));
+}
+
+void ConnectivityChecker::checkConnectivity()
+{
+    const int delay = firstDelay + QRandomGenerator::global()->bounded(jitter);
+    qCDebug(category) << "timeout:" << delay;
+    scheduleCheck(delay);
+}
+
+void ConnectivityChecker::startCheck()
+{
+    qCDebug(category) << "Start check...";
+    if (m_pendingReply) {
+        qCInfo(category) << "pending reply:" << m_pendingReply->url();
+        return;
+    }
+    if (testOffline()) {
+        setStatus(FAILED);
+        return;
+    }
+
+    qCDebug(category) << "check connectivity to:" << m_url;
+    m_pendingReply = NetworkManager::httpGet(QNetworkRequest(m_url));
+    if (!m_pendingReply || m_pendingReply->error() != QNetworkReply::NoError) {
+        if (m_pendingReply)
+            m_pendingReply->deleteLater();
+        checkFinished();
+        return;
+    }
+
+    connect(m_pendingReply, &QNetworkReply::finished, this, &ConnectivityChecker::checkFinished);
+    // A checker that is deleted meanwhile leaves nobody else to do it.
+    connect(m_pendingReply, &QNetworkReply::finished, m_pendingReply, &QObject::deleteLater);
+    NetworkReplyTimeout::set(m_pendingReply, m_timeout);
+    // Deliberate: from UNKNOWN and SUCCESS the status stays as it is while the probe runs.
+    if (m_status == FAILED)
+        setStatus(CONNECTING);
+}
+
+void ConnectivityChecker::checkFinished()
+{
+    if (!testOffline() && m_pendingReply && m_pendingReply->error() == QNetworkReply::NoError) {
+        m_payload = m_pendingReply->readAll();
+        qCInfo(category) << "check connectivity: success for" << m_url << "payload" << m_payload;
+        setStatus(SUCCESS);
+        m_lastCheckSucceeded = true;
+    } else {
+        if (m_lastCheckSucceeded) {
+            m_lastCheckSucceeded = false;
+            qCInfo(category) << "check connectivity: error for" << m_url << "error:"
+                             << (m_pendingReply ? m_pendingReply->errorString() : QStringLiteral("no reply"));
+        }
+        setStatus(FAILED);
+    }
+
+    if (m_pendingReply)
+        m_pendingReply->deleteLater();
+    m_pendingReply.clear();
+}
+
+void ConnectivityChecker::setStatus(ConnectivityStatus status)
+{
+    qCDebug(category) << "status:" << nameOf(status);
+    Q_EMIT statusReceived(status);
+    if (m_status != status) {
+        m_status = status;
+        Q_EMIT statusChanged(status);
+    }
+    if (m_status != FAILED && m_status != SUCCESS)
+        return;
+    if (m_scheduleTimeout >= 1)
+        scheduleCheck(m_scheduleTimeout);
+    else if (testOffline())
+        scheduleCheck(offlineDelay);
+}
+
+void ConnectivityChecker::networkAccessibleChanged(QNetworkAccessManager::NetworkAccessibility accessible)
+{
+    qCDebug(category) << "networkAccessibleChanged" << nameOf(accessible);
+    if (accessible != QNetworkAccessManager::NotAccessible)
+        return;
+    if (m_lastCheckSucceeded) {
+        m_lastCheckSucceeded = false;
+        qCInfo(category) << "Network not accessible, unable to access:" << m_url;
+    }
+    setStatus(FAILED);
+}
+
+void ConnectivityChecker::onOXUrlsEnvironmentChanged(QString environment)
+{
+    qCInfo(category) << "environment:" << environment;
+    followRegistry();
+}
+
+void ConnectivityChecker::onOXUrlsRegionChanged(QString region)
+{
+    qCInfo(category) << "region:" << region;
+    followRegistry();
+}
+
+void ConnectivityChecker::followRegistry()
+{
+    if (m_urlKey.isEmpty())
+        return;
+    useOXUrl(m_urlKey, m_path);
+    scheduleCheck(firstDelay);
+}
+
+#include "moc_ConnectivityChecker.cpp"
