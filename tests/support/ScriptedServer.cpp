@@ -4,8 +4,13 @@
 #include <QTcpSocket>
 #include <QTimer>
 
-#ifdef Q_OS_UNIX
+#ifdef Q_OS_WIN
+#    include <winsock2.h>
+#    define SHUT_WR SD_SEND
+using NativeSocket = SOCKET;
+#else
 #    include <sys/socket.h>
+using NativeSocket = int;
 #endif
 
 namespace {
@@ -26,18 +31,15 @@ void flush(QTcpSocket *socket)
 void halfClose(QTcpSocket *socket)
 {
     flush(socket);
-#ifdef Q_OS_UNIX
-    ::shutdown(static_cast<int>(socket->socketDescriptor()), SHUT_WR);
-#endif
+    ::shutdown(static_cast<NativeSocket>(socket->socketDescriptor()), SHUT_WR);
 }
 
 void reset(QTcpSocket *socket)
 {
     flush(socket);
-#ifdef Q_OS_UNIX
     const linger drop{1, 0};
-    ::setsockopt(static_cast<int>(socket->socketDescriptor()), SOL_SOCKET, SO_LINGER, &drop, sizeof drop);
-#endif
+    ::setsockopt(static_cast<NativeSocket>(socket->socketDescriptor()), SOL_SOCKET, SO_LINGER,
+                 reinterpret_cast<const char *>(&drop), sizeof drop);
     socket->abort();
 }
 
