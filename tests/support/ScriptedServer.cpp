@@ -206,7 +206,8 @@ ScriptedServer::Script ScriptedServer::resetInBody()
 
 ScriptedServer::Script ScriptedServer::garbage()
 {
-    return {{Step::Send, QByteArray("\x16\x03\x01\0\xff\xfe no HTTP \r\n\r\n\0", 26)}, {Step::Close}};
+    static const char bytes[] = "\x16\x03\x01\0\xff\xfe no HTTP \r\n\r\n";
+    return {{Step::Send, QByteArray(bytes, sizeof bytes)}, {Step::Close}};
 }
 
 ScriptedServer::Script ScriptedServer::endlessHeader(int lines)
