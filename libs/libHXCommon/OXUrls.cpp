@@ -57,6 +57,7 @@ void OXUrls::initialize(const QString &filePath, const QString &environment, con
     }
     QJsonParseError error;
     m_urls = parse(file.readAll(), &error).toVariant().toMap();
+    m_parsedUrls.clear();
 }
 
 void OXUrls::setEnvironment(const QString &environment)
@@ -98,26 +99,45 @@ QVariantMap OXUrls::urlInfo(const QString &target) const
     return entry.toMap();
 }
 
-QVariant OXUrls::regionsValue(const QString &target, const QString &key) const
+QVariant OXUrls::regional(const QVariantMap &entry, const QString &key) const
 {
     if (m_region.isEmpty())
         return QVariant();
-    const QVariantMap regions = urlInfo(target).value(QStringLiteral("regions")).toMap();
+    const QVariantMap regions = entry.value(QStringLiteral("regions")).toMap();
     return regions.value(m_region).toMap().value(key);
+}
+
+QVariant OXUrls::regionalOrOwn(const QVariantMap &entry, const QString &key) const
+{
+    const QVariant value = regional(entry, key);
+    return value.isValid() ? value : entry.value(key);
+}
+
+// Parsing is the most expensive part of a look-up, and the document holds few addresses.
+QUrl OXUrls::parsed(const QVariant &address) const
+{
+    if (address.userType() != QMetaType::QString)
+        return address.toUrl();
+    QUrl &url = m_parsedUrls[address.toString()];
+    if (url.isEmpty())
+        url = address.toUrl();
+    return url;
+}
+
+QVariant OXUrls::regionsValue(const QString &target, const QString &key) const
+{
+    return regional(urlInfo(target), key);
 }
 
 QUrl OXUrls::baseUrl(const QString &target) const
 {
-    const QVariant regional = regionsValue(target, QStringLiteral("baseUrl"));
-    return regional.isValid() ? regional.toUrl() : urlInfo(target).value(QStringLiteral("baseUrl")).toUrl();
+    return parsed(regionalOrOwn(urlInfo(target), QStringLiteral("baseUrl")));
 }
 
 QVariant OXUrls::dataValue(const QString &target, const QString &key) const
 {
     // Deliberate: a region's "data" replaces the entry's as a whole, also when it lacks the key.
-    const QVariant regional = regionsValue(target, QStringLiteral("data"));
-    const QVariant data = regional.isValid() ? regional : urlInfo(target).value(QStringLiteral("data"));
-    return data.toMap().value(key);
+    return regionalOrOwn(urlInfo(target), QStringLiteral("data")).toMap().value(key);
 }
 
 QUrl OXUrls::url(const QString &target, const QString &path, bool addUrlQuery, QUrlQuery urlQuery)
@@ -128,7 +148,8 @@ QUrl OXUrls::url(const QString &target, const QString &path, bool addUrlQuery, Q
                       << "urlQuery:" << urlQuery.toString() << "region:" << self->m_region
                       << "environment:" << self->m_environment;
 
-    QUrl result = self->baseUrl(target);
+    const QVariantMap entry = self->urlInfo(target);
+    QUrl result = self->parsed(self->regionalOrOwn(entry, QStringLiteral("baseUrl")));
     if (!path.isEmpty()) {
         // Deliberate: the end of the base path is not looked at; "/base/" and "api" give "/base//api".
         const QLatin1String separator(path.startsWith(QLatin1Char('/')) ? "" : "/");
@@ -136,7 +157,7 @@ QUrl OXUrls::url(const QString &target, const QString &path, bool addUrlQuery, Q
     }
     // Deliberate: without addUrlQuery the caller's own items are not applied either.
     if (addUrlQuery) {
-        const QVariantMap items = self->urlInfo(target).value(QStringLiteral("urlQuery")).toMap();
+        const QVariantMap items = entry.value(QStringLiteral("urlQuery")).toMap();
         for (auto item = items.cbegin(); item != items.cend(); ++item)
             urlQuery.addQueryItem(item.key(), item.value().toString());
         result.setQuery(urlQuery);
