@@ -44,6 +44,7 @@ ConnectivityChecker::ConnectivityChecker(QObject *parent) : QObject(parent), m_s
     qRegisterMetaType<QNetworkAccessManager::NetworkAccessibility>();
 
     m_scheduleTimer->setSingleShot(true);
+    m_scheduleTimer->setTimerType(Qt::PreciseTimer); // coarse ones would gather the spread checks again
     m_scheduleTimer->setInterval(firstDelay);
     connectTriggers();
 }

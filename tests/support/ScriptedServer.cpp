@@ -137,7 +137,8 @@ private:
 
 } // namespace
 
-ScriptedServer::ScriptedServer(Handler handler) : m_handler(std::move(handler))
+ScriptedServer::ScriptedServer(Handler handler, Recording recording)
+    : m_handler(std::move(handler)), m_recording(recording)
 {
     QObject::connect(&m_server, &QTcpServer::newConnection, &m_server, [this] {
         while (QTcpSocket *const socket = m_server.nextPendingConnection())
@@ -151,7 +152,8 @@ void ScriptedServer::serve(QTcpSocket *socket)
 {
     QObject::connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
     new Conversation(socket, [this](const Request &request) {
-        m_requests << request;
+        if (m_recording == Keep)
+            m_requests << request;
         return m_handler(request);
     });
 }

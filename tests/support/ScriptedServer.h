@@ -45,12 +45,14 @@ public:
     using Script = QVector<Step>;
     using Handler = std::function<Script(const Request &)>;
 
-    explicit ScriptedServer(Handler handler);
+    enum Recording { Keep, Forget };
+
+    explicit ScriptedServer(Handler handler, Recording recording = Keep);
 
     /// The address of @p path, which starts with a slash.
     QUrl url(const char *path = "/") const;
 
-    /// All requests so far, in order of arrival.
+    /// All requests so far, in order of arrival, if the server keeps them.
     const QList<Request> &requests() const { return m_requests; }
 
     // Well-behaved scripts.
@@ -76,6 +78,7 @@ private:
 
     QTcpServer m_server;
     Handler m_handler;
+    Recording m_recording;
     QList<Request> m_requests;
 };
 
