@@ -162,6 +162,8 @@ void tst_ConnectivityChecker::judgesAnswers()
     checker.setTimeout(status == Checker::FAILED ? 250 : 10000);
     QSignalSpy received(&checker, &Checker::statusReceived);
     QSignalSpy changed(&checker, &Checker::statusChanged);
+    connect(&checker, &Checker::statusReceived, this,
+            [&checker] { QCOMPARE(checker.status(), Checker::UNKNOWN); }); // not stored yet
     checker.startCheck();
     QCOMPARE(checker.status(), Checker::UNKNOWN);
     QVERIFY(received.wait(20000));

@@ -8,8 +8,6 @@
 
 #include <QMetaEnum>
 
-#include <cstdio>
-
 namespace {
 
 QString text(const char *utf8)
@@ -20,18 +18,6 @@ QString text(const char *utf8)
 constexpr char notSet[] = "-";
 
 // ---- options ----
-
-int print(const Table &table)
-{
-    std::fputs(table.toText().toLocal8Bit().constData(), stdout);
-    return 0;
-}
-
-int refuse(const QString &sentence)
-{
-    std::fprintf(stderr, "%s\n", qPrintable(sentence));
-    return 2;
-}
 
 // The value behind an option; the next option is none.
 QString optionValue(const char *option, const QString &defaultValue = QString())

@@ -1,5 +1,7 @@
 #include "Examination.h"
 
+#include "ServiceTable.h"
+
 #include <AppConfig.h>
 #include <OXUrls.h>
 
@@ -137,23 +139,6 @@ Table settings(QStringList &problems)
 }
 
 // The environments of the document, by name; reports a document that cannot be used.
-QJsonObject readEnvironments(const QString &path, QStringList &problems)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        problems << text("The service table %1 cannot be read: %2.").arg(path, file.errorString());
-        return QJsonObject();
-    }
-    QJsonParseError error;
-    const QJsonObject document = QJsonDocument::fromJson(file.readAll(), &error).object();
-    if (error.error != QJsonParseError::NoError)
-        problems << text("The service table %1 is damaged at byte %2: %3.")
-                        .arg(path, QString::number(error.offset), error.errorString());
-    else if (!document.value(text("environment")).isObject())
-        problems << text("The service table %1 names no environment.").arg(path);
-    return document.value(text("environment")).toObject();
-}
-
 Table deployment(const QJsonObject &environments, QStringList &problems)
 {
     const QString environment = OXUrls::instance()->environment();
@@ -166,15 +151,6 @@ Table deployment(const QJsonObject &environments, QStringList &problems)
              {text("environment"), environment},
              {text("region"), OXUrls::instance()->region()},
              {text("environments known"), environments.keys().join(text(", "))}}};
-}
-
-QStringList targets(const QJsonObject &environments)
-{
-    QStringList names = environments.value(OXUrls::instance()->environment()).toObject().keys()
-        + environments.value(OXUrls::DefaultEnvironment).toObject().keys();
-    names.sort();
-    names.removeDuplicates();
-    return names;
 }
 
 Table services(const QJsonObject &environments, QStringList &problems)

@@ -5,6 +5,7 @@
 #include <QJsonObject>
 
 #include <algorithm>
+#include <cstdio>
 
 namespace {
 
@@ -90,4 +91,16 @@ QByteArray Report::toJson() const
         object.insert(table.title, toJsonArray(table));
     object.insert(QStringLiteral("problems"), QJsonArray::fromStringList(problems));
     return QJsonDocument(object).toJson();
+}
+
+int print(const Table &table)
+{
+    std::fputs(table.toText().toLocal8Bit().constData(), stdout);
+    return 0;
+}
+
+int refuse(const QString &sentence)
+{
+    std::fprintf(stderr, "%s\n", qPrintable(sentence));
+    return 2;
 }

@@ -26,4 +26,10 @@ struct Report {
     QByteArray toJson() const;
 };
 
+/// Prints a table as the answer to a question; the exit status is 0.
+int print(const Table &table);
+
+/// Prints one sentence on standard error; the exit status is 2, for a wrong command line.
+int refuse(const QString &sentence);
+
 #endif

@@ -3,6 +3,7 @@
 // Exit status: 0 nothing is wrong, 1 something is (or the task asked for failed), 2 the command line is
 // wrong, 3 another instance is running.
 
+#include "CheckCommand.h"
 #include "ClinicalCommands.h"
 #include "Examination.h"
 
@@ -51,6 +52,10 @@ struct Option {
 
 constexpr Option options[] = {
     {"--json", 0, "Prints the report as JSON", nullptr},
+    {"--check", 0, "[service...] Probes all services, or those named, with --selftest on loopback", runCheck},
+    {"--selftest", 0, "Serves what --check probes", nullptr},
+    {"--environment", 1, "<name> Shows and checks the services of another environment", nullptr},
+    {"--region", 1, "<name> Shows and checks the services of another region", nullptr},
     {"--rhythms", 1, "[age] Prints the ECG rhythms of an adult, child, infant or baby", runRhythms},
     {"--rhythm", 1, "<id> Prints how a rhythm answers a heart rate, with --rate and --age", runRhythm},
     {"--rate", 1, "<beats/min> Heart rate for --rhythm", nullptr},
@@ -69,12 +74,14 @@ bool isAskedFor(const Option &option)
 int main(int argc, char **argv)
 {
     // The library's trace of its own life would stand around every report; QT_LOGGING_RULES brings it back.
-    QLoggingCategory::setFilterRules(QStringLiteral("Olvex.AppConfig.debug=false"));
+    QLoggingCategory::setFilterRules(
+        QStringLiteral("Olvex.AppConfig.debug=false\nOlvex.ConnectivityChecker.info=false"));
     const QCoreApplication application(argc, argv);
     for (const Option &option : options)
         AppConfig::instance()->addArgument(option.name, option.valueCount, option.help);
     if (AppConfig::instance()->initialize(QStringLiteral("olvex-doctor"), QString()))
         return 0;
+    chooseDeployment();
 
     const Option *const task = std::find_if(std::begin(options), std::end(options), isAskedFor);
     return task == std::end(options) ? printReport() : task->run();

@@ -44,6 +44,10 @@ QT_WARNING_DISABLE_DEPRECATED
  *
  * The whole body of a successful probe is kept and logged, so probe a small resource.
  *
+ * Do not rely on the platform's word alone. Qt 5.15 polls the interfaces, so a change is heard up to 10 s
+ * late, and a network that is missing from the start is never announced; requests are sent all the same. A
+ * check is what tells.
+ *
  * NetworkManager::initialize() must have run before a checker is made. A checker may be deleted while its
  * probe is in flight, which then ends by itself, but not from within a slot of its own signals (use
  * deleteLater()). Log category: "Olvex.ConnectivityChecker", threshold info. To be used on the
@@ -96,7 +100,8 @@ public:
 
 Q_SIGNALS:
     void statusChanged(ConnectivityStatus a_NewState); ///< The stored status has become @p a_NewState.
-    void statusReceived(ConnectivityStatus a_NewState); ///< A status was set, be it new or the same again.
+    /// @p a_NewState was set, be it new or the same again; status() is still the earlier one.
+    void statusReceived(ConnectivityStatus a_NewState);
     void urlChanged(QUrl a_NewUrl); ///< The probe URL has become @p a_NewUrl.
     void timeoutChanged(int a_NewTimeout); ///< The time limit has become @p a_NewTimeout ms.
     void scheduleTimeoutChanged(int scheduleTimeout); ///< The pause between checks has become this many ms.
