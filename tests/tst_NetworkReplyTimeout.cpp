@@ -47,9 +47,7 @@ class tst_NetworkReplyTimeout : public QObject {
 
 private Q_SLOTS:
     void refusesNull();
-    void armsForRunningRepliesOnly_data();
     void armsForRunningRepliesOnly();
-    void endsTheReplyOnce_data();
     void endsTheReplyOnce();
     void ignoresOtherTimers();
     void quittingAborts();
@@ -62,52 +60,39 @@ void tst_NetworkReplyTimeout::refusesNull()
     QCOMPARE(capture.lines(), QStringList(QStringLiteral("default.warning: Reply is nullptr")));
 }
 
-void tst_NetworkReplyTimeout::armsForRunningRepliesOnly_data()
-{
-    QTest::addColumn<bool>("finished");
-    QTest::addColumn<int>("timeout");
-    QTest::addColumn<QVector<int>>("intervals");
-    QTest::newRow("running") << false << 1234 << QVector<int>{1234};
-    QTest::newRow("no time at all") << false << 0 << QVector<int>{0};
-    QTest::newRow("negative") << false << -5 << QVector<int>{0};
-    QTest::newRow("finished") << true << 1234 << QVector<int>{};
-}
-
 void tst_NetworkReplyTimeout::armsForRunningRepliesOnly()
 {
-    QFETCH(bool, finished);
-    QFETCH(int, timeout);
-    FakeReply reply(true, finished);
-    NetworkReplyTimeout *const guard = NetworkReplyTimeout::set(&reply, timeout);
-    QCOMPARE(guard->parent(), &reply);
-    QVector<int> intervals;
-    for (const auto &timer : timersOf(guard))
-        intervals << timer.interval;
-    QTEST(intervals, "intervals");
-}
-
-void tst_NetworkReplyTimeout::endsTheReplyOnce_data()
-{
-    QTest::addColumn<bool>("readable");
-    QTest::addColumn<bool>("finishes");
-    QTest::addColumn<int>("aborts");
-    QTest::newRow("running") << true << false << 1;
-    QTest::newRow("unreadable") << false << false << 0;
-    QTest::newRow("finished meanwhile") << true << true << 0;
+    const struct {
+        bool finished;
+        int timeout;
+        QVector<int> intervals;
+    } cases[] = {{false, 1234, {1234}}, {false, 0, {0}}, {false, -5, {0}}, {true, 1234, {}}};
+    for (const auto &c : cases) {
+        FakeReply reply(true, c.finished);
+        NetworkReplyTimeout *const guard = NetworkReplyTimeout::set(&reply, c.timeout);
+        QCOMPARE(guard->parent(), &reply);
+        QVector<int> intervals;
+        for (const auto &timer : timersOf(guard))
+            intervals << timer.interval;
+        QCOMPARE(intervals, c.intervals);
+    }
 }
 
 void tst_NetworkReplyTimeout::endsTheReplyOnce()
 {
-    QFETCH(bool, readable);
-    QFETCH(bool, finishes);
-    QFETCH(int, aborts);
-    FakeReply reply(readable, false);
-    const QPointer<NetworkReplyTimeout> guard = NetworkReplyTimeout::set(&reply, 1);
-    reply.setFinished(finishes);
-    QTRY_COMPARE(reply.aborts + reply.closes, 1);
-    QCOMPARE(reply.aborts, aborts);
-    if (guard)
-        QVERIFY(timersOf(guard).isEmpty());
+    const struct {
+        bool readable;
+        bool finishes; // meanwhile
+        int aborts; // else it is closed
+    } cases[] = {{true, false, 1}, {false, false, 0}, {true, true, 0}};
+    for (const auto &c : cases) {
+        FakeReply reply(c.readable, false);
+        const QPointer<NetworkReplyTimeout> guard = NetworkReplyTimeout::set(&reply, 1);
+        reply.setFinished(c.finishes);
+        QTRY_COMPARE(reply.aborts + reply.closes, 1);
+        QCOMPARE(reply.aborts, c.aborts);
+        QVERIFY(!guard || timersOf(guard).isEmpty());
+    }
 }
 
 void tst_NetworkReplyTimeout::ignoresOtherTimers()
