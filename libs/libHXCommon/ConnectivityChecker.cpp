@@ -222,4 +222,4 @@ void ConnectivityChecker::followRegistry()
     scheduleCheck(firstDelay);
 }
 
-#include "moc_ConnectivityChecker.cpp"
+#include "moc_ConnectivityChecker.cpp" // NOLINT(bugprone-suspicious-include): silences its deprecations

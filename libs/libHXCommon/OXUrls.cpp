@@ -23,7 +23,7 @@ QString unitedStates()
 
 QJsonDocument parse(const QByteArray &json, QJsonParseError *error)
 {
-    const QJsonDocument document = QJsonDocument::fromJson(json, error);
+    QJsonDocument document = QJsonDocument::fromJson(json, error);
     if (error->error != QJsonParseError::NoError)
         qCWarning(category) << "Url json invalid" << error->errorString();
     return document;
