@@ -8,27 +8,31 @@
 
 namespace {
 
-// Made when the library is loaded and never destroyed: asking whether they are enabled costs one load, and a
-// lock may be used by whatever is destroyed last.
-const QLoggingCategory &lockCategory = *new QLoggingCategory("Olvex.HXSpinLocker.Lock", QtWarningMsg);
-const QLoggingCategory &referenceCategory =
-    *new QLoggingCategory("Olvex.HXSpinLocker.Reference", QtWarningMsg);
+// Like Q_LOGGING_CATEGORY, without a call: both are asked at every lock and unlock.
+Q_ALWAYS_INLINE const QLoggingCategory &lockCategory()
+{
+    static const QLoggingCategory category("Olvex.HXSpinLocker.Lock", QtWarningMsg);
+    return category;
+}
 
-// QThread::currentThread() alone would be half the price of an uncontended lock.
+Q_ALWAYS_INLINE const QLoggingCategory &referenceCategory()
+{
+    static const QLoggingCategory category("Olvex.HXSpinLocker.Reference", QtWarningMsg);
+    return category;
+}
+
+// QThread::currentThread() would cost as much as half of an uncontended lock.
 QThread *currentThread()
 {
-#if defined(__GNUC__) && defined(__ELF__)
-    [[gnu::tls_model("initial-exec")]] // one load instead of a call
-#endif
     static thread_local QThread *cached = nullptr;
-    if (!cached)
+    if (Q_UNLIKELY(!cached))
         cached = QThread::currentThread();
     return cached;
 }
 
 QByteArray currentThreadName()
 {
-    return currentThread()->objectName().toUtf8();
+    return QThread::currentThread()->objectName().toUtf8();
 }
 
 const char *orEmpty(const char *text)
@@ -36,7 +40,7 @@ const char *orEmpty(const char *text)
     return text ? text : "";
 }
 
-QByteArray read(const std::atomic<char> (&name)[64])
+template <std::size_t Size> QByteArray read(const std::atomic<char> (&name)[Size])
 {
     QByteArray copy;
     for (const std::atomic<char> &c : name) {
@@ -48,14 +52,18 @@ QByteArray read(const std::atomic<char> (&name)[64])
     return copy;
 }
 
-void write(std::atomic<char> (&name)[64], const QByteArray &text)
+// What is too long is cut in front of a letter.
+template <std::size_t Size> void write(std::atomic<char> (&name)[Size], const QByteArray &text)
 {
-    const int length = std::min(text.size(), 63);
-    for (int i = 0; i < 64; ++i)
-        name[i].store(i < length ? text.at(i) : '\0', std::memory_order_relaxed);
+    const char *const bytes = text.constData();
+    std::size_t length = std::min(std::size_t(text.size()), Size - 1);
+    while (length > 0 && (bytes[length] & 0xC0) == 0x80)
+        --length;
+    for (std::size_t i = 0; i < Size; ++i)
+        name[i].store(i < length ? bytes[i] : '\0', std::memory_order_relaxed);
 }
 
-void traceReference(const char *what, int count, const char *function, const char *info)
+Q_DECL_COLD_FUNCTION void traceReference(const char *what, int count, const char *function, const char *info)
 {
     qCInfo(referenceCategory, "%s: %d, %s, %s, %s", what, count, currentThreadName().constData(),
            orEmpty(function), orEmpty(info));
@@ -66,65 +74,34 @@ void traceReference(const char *what, int count, const char *function, const cha
 void HXAtomicLock::lock(const char *function, const char *info)
 {
     QThread *const current = currentThread();
-    if (referenceCategory.isInfoEnabled())
+    if (Q_UNLIKELY(referenceCategory().isInfoEnabled()))
         traceReference("ref", m_count.fetch_add(0), function, info);
 
-    // A free lock has no owner, so that asking for the owner first spares the look at the count.
-    QThread *owner = nullptr;
     bool waited = false;
-    if (!m_owner.compare_exchange_strong(owner, current) && (owner != current || m_count.fetch_add(0) <= 0)) {
-        wait(current, function, info);
+    if (!tryOwn(current) && !isHeldBy(current)) {
+        waitFor(current, function, info);
         waited = true;
     }
     m_count.fetch_add(1);
-
-    if (lockCategory.isInfoEnabled()) {
-        setTraceInformation(info);
-        if (waited)
-            traceHolder("Lock obtained by", function);
-    }
-}
-
-void HXAtomicLock::wait(QThread *current, const char *function, const char *info)
-{
-    if (lockCategory.isInfoEnabled()) {
-        qCInfo(lockCategory, "%s Locked by %s (%s) requested by %s (%s)", orEmpty(function),
-               read(m_holderName).constData(), m_traceText.load(), currentThreadName().constData(),
-               orEmpty(info));
-    }
-    QThread *none = nullptr;
-    while (!m_owner.compare_exchange_strong(none, current)) {
-        none = nullptr;
-        QThread::yieldCurrentThread();
-    }
-}
-
-void HXAtomicLock::traceHolder(const char *event, const char *function) const
-{
-    qCDebug(lockCategory, "%s %s %s (%s)", orEmpty(function), event, read(m_holderName).constData(),
-            m_traceText.load());
+    if (Q_UNLIKELY(lockCategory().isInfoEnabled()))
+        traceLocked(function, info, waited);
 }
 
 void HXAtomicLock::unlock(const char *function, const char *info)
 {
-    if (referenceCategory.isInfoEnabled())
+    if (Q_UNLIKELY(referenceCategory().isInfoEnabled()))
         traceReference("unref", m_count.fetch_add(0), function, info);
 
     if (m_count.fetch_sub(1) != 1)
         return;
-
-    if (lockCategory.isInfoEnabled()) {
-        traceHolder("Lock Released by", function);
-        write(m_holderName, QByteArray());
-        m_traceText = "";
-    }
+    if (Q_UNLIKELY(lockCategory().isInfoEnabled()))
+        traceUnlocked(function);
     m_owner.exchange(nullptr);
 }
 
 bool HXAtomicLock::isLocked() const
 {
-    QThread *expected = currentThread();
-    return m_count.fetch_add(0) > 0 && m_owner.compare_exchange_strong(expected, expected);
+    return isHeldBy(currentThread());
 }
 
 void HXAtomicLock::setTraceInformation(const char *info)
@@ -133,27 +110,40 @@ void HXAtomicLock::setTraceInformation(const char *info)
     m_traceText = orEmpty(info);
 }
 
-HXSpinLocker::HXSpinLocker(HXAtomicLock *lock, const char *function, const char *info)
-    : m_lock(lock), m_locked(false), m_function(function), m_info(info)
+bool HXAtomicLock::tryOwn(QThread *thread)
 {
-    this->lock();
+    QThread *expected = nullptr;
+    return m_owner.compare_exchange_strong(expected, thread);
 }
 
-HXSpinLocker::~HXSpinLocker()
+bool HXAtomicLock::isHeldBy(QThread *thread) const
 {
-    unlock();
+    QThread *expected = thread;
+    return m_count.fetch_add(0) > 0 && m_owner.compare_exchange_strong(expected, thread);
 }
 
-void HXSpinLocker::lock()
+void HXAtomicLock::waitFor(QThread *thread, const char *function, const char *info)
 {
-    m_lock->lock(m_function, m_info);
-    m_locked = true;
+    qCInfo(lockCategory, "%s Locked by %s (%s) requested by %s (%s)", orEmpty(function),
+           read(m_holderName).constData(), m_traceText.load(), currentThreadName().constData(),
+           orEmpty(info));
+    do {
+        QThread::yieldCurrentThread();
+    } while (!tryOwn(thread));
 }
 
-void HXSpinLocker::unlock()
+Q_DECL_COLD_FUNCTION void HXAtomicLock::traceLocked(const char *function, const char *info, bool waited)
 {
-    if (!m_locked)
-        return;
-    m_locked = false;
-    m_lock->unlock(m_function, m_info);
+    setTraceInformation(info);
+    if (waited)
+        qCDebug(lockCategory, "%s Lock obtained by %s (%s)", orEmpty(function),
+                read(m_holderName).constData(), m_traceText.load());
+}
+
+Q_DECL_COLD_FUNCTION void HXAtomicLock::traceUnlocked(const char *function)
+{
+    qCDebug(lockCategory, "%s Lock Released by %s (%s)", orEmpty(function), read(m_holderName).constData(),
+            m_traceText.load());
+    write(m_holderName, QByteArray());
+    m_traceText = "";
 }

@@ -43,20 +43,23 @@ public:
     /// Whether the calling thread holds the lock; false when another thread does.
     bool isLocked() const;
 
-    /// Records the calling thread's object name and @p info as the holder; called by lock() while tracing is
-    /// on.
+    /// Records the calling thread's object name, at most 63 bytes of UTF-8, and @p info as the holder; called
+    /// by lock() while tracing is on.
     void setTraceInformation(const char *info);
 
 private:
+    bool tryOwn(QThread *thread);
+    bool isHeldBy(QThread *thread) const;
+    void waitFor(QThread *thread, const char *function, const char *info);
+    void traceLocked(const char *function, const char *info, bool waited);
+    void traceUnlocked(const char *function);
+
     // Waiting threads read the trace without synchronisation: it may show a torn or stale value, never freed
     // memory.
     using TraceName = std::atomic<char>[64];
 
-    void wait(QThread *current, const char *function, const char *info);
-    void traceHolder(const char *event, const char *function) const;
-
     TraceName m_holderName{};
-    mutable std::atomic<int> m_count{0};
+    mutable std::atomic<int> m_count{0}; // depth of the owner's locks
     mutable std::atomic<QThread *> m_owner{nullptr};
     std::atomic<const char *> m_traceText{""};
 };
@@ -71,19 +74,34 @@ private:
 class HXCOMMON_EXPORT HXSpinLocker {
 public:
     /// Acquires @p lock, which must outlive this object. The texts are those of HXAtomicLock::lock().
-    HXSpinLocker(HXAtomicLock *lock, const char *function, const char *info);
+    HXSpinLocker(HXAtomicLock *lock, const char *function, const char *info)
+        : m_lock(lock), m_locked(false), m_function(function), m_info(info)
+    {
+        this->lock();
+    }
+
     HXSpinLocker(const HXSpinLocker &) = delete;
     HXSpinLocker &operator=(const HXSpinLocker &) = delete;
 
     /// Releases the lock unless unlock() has done so.
-    ~HXSpinLocker();
+    ~HXSpinLocker() { unlock(); }
 
     /// Acquires the lock again. Called while it is held, it nests a level that a single unlock() does not
     /// release.
-    void lock();
+    void lock()
+    {
+        m_lock->lock(m_function, m_info);
+        m_locked = true;
+    }
 
     /// Releases one level of the lock; does nothing when this object holds none.
-    void unlock();
+    void unlock()
+    {
+        if (!m_locked)
+            return;
+        m_locked = false;
+        m_lock->unlock(m_function, m_info);
+    }
 
 private:
     HXAtomicLock *m_lock;
