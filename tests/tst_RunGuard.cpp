@@ -128,7 +128,7 @@ void tst_RunGuard::namesTheSegment()
     QVERIFY(!segment.attach());
     QVERIFY(guard.tryToRun());
     QVERIFY(segment.attach());
-    QCOMPARE(segment.size(), 8);
+    QVERIFY(segment.size() >= 8); // Windows counts whole pages
 }
 
 void tst_RunGuard::takesTurnsByTheSemaphore()

@@ -52,7 +52,7 @@ bool RunGuard::tryToRun()
 {
     const Turn now;
     memLock.acquire();
-    const bool created = sharedMem.create(8);
+    const bool created = !sharedMem.isAttached() && sharedMem.create(8); // Windows would create it again
     memLock.release();
     return created;
 }
