@@ -6,6 +6,7 @@
 #include "CheckCommand.h"
 #include "ClinicalCommands.h"
 #include "Examination.h"
+#include "LinkCommands.h"
 
 #include <AppConfig.h>
 #include <RunGuard.h>
@@ -61,6 +62,9 @@ constexpr Option options[] = {
     {"--rate", 1, "<beats/min> Heart rate for --rhythm", nullptr},
     {"--age", 1, "<age> Age for --rhythm, adult unless given", nullptr},
     {"--products", 0, "Prints the manikin types and their products", runProducts},
+    {"--decode", 1, "[file] Lists the frames of a captured device stream, by default from standard input",
+     runDecode},
+    {"--encode", 1, "<hex> Prints the device frame of a message", runEncode},
     {"--single-instance", 0, "Runs until Ctrl+C unless another instance does", runSingleInstance},
 };
 
