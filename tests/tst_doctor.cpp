@@ -32,6 +32,8 @@ private Q_SLOTS:
     void namesProblems();
     void answersQuestions();
     void runsOnce();
+    void decodesWhatComesThroughAPipe();
+    void encodesMessages();
     void listsItsOptionsAfterTheBuiltInOnes();
 
 private:
@@ -199,6 +201,50 @@ void tst_doctor::runsOnce()
     first.terminate();
     QCOMPARE(finishChild(first).exitCode, 0);
 #endif
+}
+
+void tst_doctor::decodesWhatComesThroughAPipe()
+{
+    QProcess doctor;
+    startChild(doctor, QStringLiteral(OLVEX_DOCTOR_PATH),
+               {QStringLiteral("--null"), QStringLiteral("--decode")}, m_sandbox->path());
+    const QByteArray frame = QByteArray::fromHex("000103f0e100");
+    doctor.write("\x07\x07" + frame);
+    QByteArray out;
+    while (!out.contains("good") && doctor.waitForReadyRead(30000))
+        out += doctor.readAllStandardOutput();
+    QVERIFY(out.endsWith("         2       1  good   00\n")); // while the rest is still to come
+
+    // A shared delimiter and a wrong checksum, an empty frame, one too short, a good one, one unfinished.
+    doctor.write(QByteArray::fromHex("0241031500") + QByteArray::fromHex("00030101") + frame
+                 + QByteArray::fromHex("040102"));
+    doctor.closeWriteChannel();
+    const ChildResult result = finishChild(doctor);
+    QCOMPARE(result.exitCode, 0);
+    QCOMPARE(QString::fromLatin1(result.out),
+             QStringLiteral("         7       1  wrong  41\n"
+                            "        17       1  good   00\n"
+                            "frames: 3, good: 2, with a wrong CRC: 1\n"
+                            "bytes: 26, discarded: 8 (noise before the first delimiter: 2, too short: 3, "
+                            "unfinished: 3)\n"));
+}
+
+void tst_doctor::encodesMessages()
+{
+    QCOMPARE(run(QStringLiteral("--encode 00")).out, QByteArray("000103f0e100\n"));
+    struct Row {
+        const char *options;
+        int exitCode;
+        const char *error;
+    };
+    for (const Row &row :
+         {Row{"--encode 0", 2, "is not hexadecimal"}, Row{"--encode 0g", 2, "is not hexadecimal"},
+          Row{"--encode", 2, "A message has 1 to 255 bytes, not 0."},
+          Row{"--decode none.bin", 1, "none.bin cannot be read: "}}) {
+        const ChildResult result = run(QString::fromLatin1(row.options));
+        QCOMPARE(result.exitCode, row.exitCode);
+        QVERIFY2(result.err.contains(row.error), result.err.constData());
+    }
 }
 
 void tst_doctor::listsItsOptionsAfterTheBuiltInOnes()

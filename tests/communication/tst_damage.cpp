@@ -127,6 +127,6 @@ TEST_P(FlippedBit, isFoundAndCostsNoOtherFrame)
     EXPECT_LE(undetected, GetParam() / 10000);
 }
 
-INSTANTIATE_TEST_SUITE_P(Sample, FlippedBit, testing::Values(50000));
+INSTANTIATE_TEST_SUITE_P(Sample, FlippedBit, testing::Values(20000));
 // Run with --gtest_also_run_disabled_tests.
 INSTANTIATE_TEST_SUITE_P(DISABLED_Million, FlippedBit, testing::Values(1000000));
