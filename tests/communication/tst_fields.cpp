@@ -48,20 +48,20 @@ const NumberRead numberReads[] = {
 };
 
 struct StringRead {
-    unsigned int position;
     const char *text;
+    unsigned int position;
     unsigned int positionAfter;
 };
 
 // Of the bytes "ab" 0 0 "c".
 const StringRead stringReads[] = {
-    {0, "ab", 3},
-    {1, "b", 3},
-    {2, "", 3},
-    {3, "", 4},
-    {4, nullptr, 4},
-    {5, nullptr, 5},
-    {lastPosition, nullptr, lastPosition},
+    {"ab", 0, 3},
+    {"b", 1, 3},
+    {"", 2, 3},
+    {"", 3, 4},
+    {nullptr, 4, 4},
+    {nullptr, 5, 5},
+    {nullptr, lastPosition, lastPosition},
 };
 
 } // namespace
