@@ -68,6 +68,9 @@ TEST(EncodeMessage, buildsTheFrame)
     EXPECT_TRUE(link.encode_message(message, frame));
     EXPECT_EQ(frame, zeroFrame);
     EXPECT_EQ(message, (Bytes{0x00, 0xF0, 0xE1})); // the checksum stays behind the message
+    Bytes both{0x00};
+    EXPECT_TRUE(link.encode_message(both, both));
+    EXPECT_EQ(both, zeroFrame);
 }
 
 TEST(EncodeMessage, acceptsUpToTheMaximum)

@@ -64,6 +64,10 @@ bool LogicalLinkControl::encode_message(Bytes &message, Bytes &frame)
 {
     if (message.empty() || message.size() > m_maxMessageSize)
         return false;
+    if (&message == &frame) {
+        Bytes copy = message;
+        return encode_message(copy, frame);
+    }
     // Deliberate: the checksum stays in the caller's message.
     push_back_u16le(message, messageCrc(message));
     // Not cleared first: resizing a frame that had this size before costs nothing.

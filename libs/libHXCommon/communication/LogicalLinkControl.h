@@ -80,7 +80,7 @@ public:
      * The checksum covers the first (size modulo 256) bytes.
      * @param message 1 to maxMessageSize bytes; afterwards it also holds the two bytes of its checksum, so
      *        clear it before the next one
-     * @param frame replaced by the frame, both delimiters included; not the same vector as @p message
+     * @param frame replaced by the frame, both delimiters included; one vector for both ends as the frame
      * @return false for an empty or too long message, and both vectors are as they were
      */
     bool encode_message(std::vector<unsigned char> &message, std::vector<unsigned char> &frame);
