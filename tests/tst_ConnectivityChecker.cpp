@@ -2,15 +2,14 @@
 #include <NetworkManager.h>
 #include <OXUrls.h>
 
+#include "Cases.h"
 #include "LogCapture.h"
 #include "ScriptedServer.h"
 
 #include <QMetaMethod>
 #include <QNetworkConfigurationManager>
 #include <QNetworkReply>
-#include <QTemporaryDir>
 #include <QTimer>
-#include <QtTest>
 
 #include <functional>
 #include <set>
@@ -21,18 +20,7 @@ using Checker = ConnectivityChecker;
 using Server = ScriptedServer;
 using Statuses = QList<Checker::ConnectivityStatus>;
 
-Q_DECLARE_METATYPE(ScriptedServer::Script)
-Q_DECLARE_METATYPE(Statuses)
-
 namespace {
-
-Statuses statuses(const QSignalSpy &spy)
-{
-    Statuses result;
-    for (const QVariantList &arguments : spy)
-        result << arguments.first().value<Checker::ConnectivityStatus>();
-    return result;
-}
 
 QTimer *scheduleOf(const Checker &checker)
 {
@@ -56,6 +44,53 @@ QString text(const char *latin1)
     return QString::fromLatin1(latin1);
 }
 
+struct Spy : QSignalSpy {
+    using QSignalSpy::QSignalSpy;
+    Statuses statuses() const
+    {
+        Statuses result;
+        for (const QVariantList &arguments : *this)
+            result << arguments.first().value<Checker::ConnectivityStatus>();
+        return result;
+    }
+};
+
+// A checker and the server that it asks.
+struct Probe {
+    explicit Probe(const Server::Handler &handler) : server(handler) { checker.setUrl(server.url()); }
+
+    Server server;
+    Checker checker;
+    Spy received{&checker, &Checker::statusReceived};
+    Spy changed{&checker, &Checker::statusChanged};
+};
+
+const struct {
+    const char *name;
+    Server::Script (*script)();
+    Checker::ConnectivityStatus status;
+    const char *url = nullptr; // instead of the server's
+} answers[] = {
+    {"page", [] { return Server::page("ok"); }, Checker::SUCCESS},
+    {"large body", [] { return Server::page(QByteArray(20 << 20, 'l')); }, Checker::SUCCESS},
+    {"redirect loop, not followed", [] { return Server::redirect("/"); }, Checker::SUCCESS},
+    {"not found", [] { return Server::page("no", 404); }, Checker::FAILED},
+    {"hang", Server::hang, Checker::FAILED},
+    {"hang in body", Server::hangInBody, Checker::FAILED},
+    {"drip", [] { return Server::drip(10000, 5); }, Checker::FAILED},
+    {"endless header", [] { return Server::endlessHeader(1000); }, Checker::FAILED},
+    {"close at once", Server::closeAtOnce, Checker::FAILED},
+    {"close in body", Server::closeInBody, Checker::FAILED},
+    {"half close", Server::halfClose, Checker::FAILED},
+    {"reset", Server::reset, Checker::FAILED},
+    {"reset in body", Server::resetInBody, Checker::FAILED},
+    {"garbage", Server::garbage, Checker::FAILED},
+    {"nobody listens", Server::hang, Checker::FAILED, "http://127.0.0.1:1/"},
+    {"fails before it starts", Server::hang, Checker::FAILED, "file:///missing/file"},
+    {"no URL", Server::hang, Checker::FAILED, ""},
+    {"unknown scheme", Server::hang, Checker::FAILED, "gopher://localhost/"},
+};
+
 } // namespace
 
 class tst_ConnectivityChecker : public QObject {
@@ -64,24 +99,17 @@ class tst_ConnectivityChecker : public QObject {
 private Q_SLOTS:
     void init();
     void cleanup();
-    void startsIdle();
-    void judgesAnswers_data();
+    void judgesAnswers_data() { addCases(answers); }
     void judgesAnswers();
-    void failsAtOnce();
     void failsWithoutNetworkManager();
     void showsConnectingAfterFailureOnly();
     void keepsOneProbeInFlight();
-    void logsThePayloadAndTheFirstError();
     void testOfflineSendsNothing();
-    void testOfflineOverridesAnAnswer();
-    void schedulesTheNextCheck();
-    void scheduledCheckRuns();
-    void replacesAppointments();
+    void schedulesChecks();
     void spreadsChecks();
-    void reactsToTheNetwork();
     void losesTheNetwork();
     void followsTheRegistry();
-    void settersSignalChangesOnly();
+    void startsIdleAndSignalsChangesOnly();
     void mayBeDeletedInFlight();
     void listsItsInterfaceInOrder();
 
@@ -104,256 +132,119 @@ void tst_ConnectivityChecker::cleanup()
     QTRY_COMPARE(repliesAlive(), 0);
 }
 
-void tst_ConnectivityChecker::startsIdle()
-{
-    const Checker checker;
-    QCOMPARE(checker.status(), Checker::UNKNOWN);
-    QCOMPARE(checker.url(), QUrl());
-    QCOMPARE(checker.timeout(), 10000);
-    QCOMPARE(checker.scheduleTimeout(), -1);
-    QVERIFY(!scheduleOf(checker)->isActive());
-    QVERIFY(scheduleOf(checker)->isSingleShot());
-    QCOMPARE(scheduleOf(checker)->interval(), 1000);
-}
-
-void tst_ConnectivityChecker::judgesAnswers_data()
-{
-    QTest::addColumn<Server::Script>("script");
-    QTest::addColumn<Checker::ConnectivityStatus>("status");
-    const auto good = Checker::SUCCESS;
-    const auto bad = Checker::FAILED;
-    QTest::newRow("page") << Server::page("ok") << good;
-    QTest::newRow("empty page") << Server::page("", 204) << good;
-    QTest::newRow("error page without a network error") << Server::page("<h1>Error</h1>") << good;
-    QTest::newRow("large body") << Server::page(QByteArray(20 * 1024 * 1024, 'l')) << good;
-    QTest::newRow("redirect, not followed") << Server::redirect("/elsewhere") << good;
-    QTest::newRow("redirect loop") << Server::redirect("/") << good;
-    QTest::newRow("not found") << Server::page("no", 404) << bad;
-    QTest::newRow("server error") << Server::page("oops", 500) << bad;
-    QTest::newRow("unavailable") << Server::page("", 503) << bad;
-    QTest::newRow("hang") << Server::hang() << bad;
-    QTest::newRow("hang in body") << Server::hangInBody() << bad;
-    QTest::newRow("drip") << Server::drip(10000, 5) << bad;
-    QTest::newRow("endless header") << Server::endlessHeader(1000) << bad;
-    QTest::newRow("close at once") << Server::closeAtOnce() << bad;
-    QTest::newRow("close in header") << Server::closeInHeader() << bad;
-    QTest::newRow("close in body") << Server::closeInBody() << bad;
-    QTest::newRow("half close") << Server::halfClose() << bad;
-    QTest::newRow("half close in body") << Server::halfCloseInBody() << bad;
-    QTest::newRow("reset") << Server::reset() << bad;
-    QTest::newRow("reset in body") << Server::resetInBody() << bad;
-    QTest::newRow("garbage") << Server::garbage() << bad;
-}
-
 // Every answer ends in one status, and only one, whatever the server does afterwards.
 void tst_ConnectivityChecker::judgesAnswers()
 {
-    QFETCH(Server::Script, script);
-    QFETCH(Checker::ConnectivityStatus, status);
-    Server server([&script](const Server::Request &) { return script; });
-    Checker checker;
-    checker.setUrl(server.url());
-    checker.setTimeout(status == Checker::FAILED ? 250 : 10000);
-    QSignalSpy received(&checker, &Checker::statusReceived);
-    QSignalSpy changed(&checker, &Checker::statusChanged);
+    const auto &c = currentCase(answers);
+    Probe probe([&c](const Server::Request &) { return c.script(); });
+    const Checker &checker = probe.checker;
+    if (c.url)
+        probe.checker.setUrl(QUrl(text(c.url)));
+    probe.checker.setTimeout(c.status == Checker::FAILED ? 250 : 10000);
+    probe.checker.setScheduleTimeout(60000);
     connect(&checker, &Checker::statusReceived, this,
             [&checker] { QCOMPARE(checker.status(), Checker::UNKNOWN); }); // not stored yet
-    checker.startCheck();
-    QCOMPARE(checker.status(), Checker::UNKNOWN);
-    QVERIFY(received.wait(20000));
-    QCOMPARE(checker.status(), status);
+    probe.checker.startCheck();
+    QTRY_COMPARE_WITH_TIMEOUT(checker.status(), c.status, 20000);
     QTRY_COMPARE(repliesAlive(), 0);
-    QCOMPARE(statuses(received), Statuses{status});
-    QCOMPARE(statuses(changed), Statuses{status});
-    QVERIFY(!scheduleOf(checker)->isActive());
-}
-
-void tst_ConnectivityChecker::failsAtOnce()
-{
-    const struct {
-        const char *url;
-        int timeout;
-    } cases[] = {
-        {"file:///missing/file", 10000}, // fails before it starts
-        {"", 10000},
-        {"gopher://localhost/", 10000},
-        {"http:///", 10000},
-        {"http://127.0.0.1:1/", 10000}, // nobody listens
-        {"http://127.0.0.1:1/", 0},
-        {"http://127.0.0.1:1/", -1},
-    };
-    for (const auto &c : cases) {
-        Checker checker;
-        checker.setUrl(QUrl(text(c.url)));
-        checker.setTimeout(c.timeout);
-        QSignalSpy received(&checker, &Checker::statusReceived);
-        checker.startCheck();
-        QTRY_COMPARE(checker.status(), Checker::FAILED);
-        QTRY_COMPARE(repliesAlive(), 0);
-        QCOMPARE(statuses(received), Statuses{Checker::FAILED});
-    }
+    QCOMPARE(probe.received.statuses(), Statuses{c.status});
+    QCOMPARE(probe.changed.statuses(), Statuses{c.status});
+    QVERIFY(scheduleOf(checker)->isActive());
+    QCOMPARE(scheduleOf(checker)->interval(), 60000);
 }
 
 // The manager and the probe in flight die with it; the next check finds no manager.
 void tst_ConnectivityChecker::failsWithoutNetworkManager()
 {
-    Server server([](const Server::Request &) { return Server::hang(); });
-    Checker checker;
-    checker.setUrl(server.url());
-    checker.startCheck();
-    QTRY_COMPARE(server.requests().size(), 1);
+    Probe probe([](const Server::Request &) { return Server::hang(); });
+    probe.checker.startCheck();
+    QTRY_COMPARE(probe.server.requests().size(), 1);
     delete NetworkManager::instance();
-    QSignalSpy received(&checker, &Checker::statusReceived);
-    checker.startCheck();
-    QCOMPARE(statuses(received), Statuses{Checker::FAILED});
+    const int before = probe.received.count();
+    probe.checker.startCheck();
+    QCOMPARE(probe.received.statuses().mid(before), Statuses{Checker::FAILED});
 }
 
+// And logs every payload, but only the first error.
 void tst_ConnectivityChecker::showsConnectingAfterFailureOnly()
 {
-    int status = 500;
-    Server server([&status](const Server::Request &) { return Server::page("", status); });
-    Checker checker;
-    checker.setUrl(server.url());
-    QSignalSpy received(&checker, &Checker::statusReceived);
-    QSignalSpy changed(&checker, &Checker::statusChanged);
-    const auto check = [&](int answer, int signalsAfter) {
-        status = answer;
-        checker.startCheck();
-        QTRY_COMPARE(received.count(), signalsAfter);
-    };
-    check(500, 1);
-    check(500, 3);
-    check(200, 5);
-    check(200, 6);
-    QCOMPARE(statuses(received),
-             (Statuses{Checker::FAILED, Checker::CONNECTING, Checker::FAILED, Checker::CONNECTING,
-                       Checker::SUCCESS, Checker::SUCCESS}));
-    QCOMPARE(statuses(changed), statuses(received).mid(0, 5));
-}
-
-void tst_ConnectivityChecker::keepsOneProbeInFlight()
-{
-    Server server([](const Server::Request &) {
-        return Server::Script{{Server::Step::Pause, {}, 20}} + Server::page("");
-    });
-    Checker checker;
-    checker.setUrl(server.url());
-    checker.startCheck();
-    checker.startCheck();
-    QCOMPARE(repliesAlive(), 1);
-    QVERIFY(m_capture->contains(text("pending reply: QUrl(\"%1\")").arg(server.url().toString())));
-    QTRY_COMPARE(checker.status(), Checker::SUCCESS);
-    QCOMPARE(server.requests().size(), 1);
-}
-
-void tst_ConnectivityChecker::logsThePayloadAndTheFirstError()
-{
-    QVector<int> answers{500, 200, 404, 404};
-    Server server(
-        [&answers](const Server::Request &) { return Server::page("the body", answers.takeFirst()); });
-    Checker checker;
-    checker.setUrl(server.url());
-    QSignalSpy received(&checker, &Checker::statusReceived);
-    for (const int signalsAfter : {1, 3, 4, 6}) {
-        checker.startCheck();
-        QTRY_COMPARE(received.count(), signalsAfter);
+    int answer = 0;
+    Probe probe([&answer](const Server::Request &) { return Server::page("the body", answer); });
+    const struct {
+        int answer, scheduleTimeout, signalsAfter;
+    } checks[] = {{500, -1, 1}, {500, 0, 3}, {200, -1, 5}, {200, 0, 6}, {404, 0, 7}, {404, 0, 9}};
+    for (const auto &check : checks) {
+        answer = check.answer;
+        probe.checker.setScheduleTimeout(check.scheduleTimeout);
+        probe.checker.startCheck();
+        QTRY_COMPARE(probe.received.count(), check.signalsAfter);
+        QVERIFY(!scheduleOf(probe.checker)->isActive());
     }
+    Statuses expected{Checker::FAILED,     Checker::CONNECTING, Checker::FAILED,
+                      Checker::CONNECTING, Checker::SUCCESS,    Checker::SUCCESS,
+                      Checker::FAILED,     Checker::CONNECTING, Checker::FAILED};
+    QCOMPARE(probe.received.statuses(), expected);
+    expected.removeAt(5);
+    QCOMPARE(probe.changed.statuses(), expected);
+
     const QStringList errors = m_capture->lines().filter(text("check connectivity: error for"));
     QCOMPARE(errors.size(), 1);
     QVERIFY(errors.first().startsWith(text("Olvex.ConnectivityChecker.info: ")));
     QVERIFY(errors.first().contains(text("error: \"Error transferring")));
     QVERIFY(m_capture->contains(text("check connectivity: success for QUrl(\"%1\") payload \"the body\"")
-                                    .arg(server.url().toString())));
+                                    .arg(probe.server.url().toString())));
+}
+
+// Also one that succeeds after "TestOffline" was set.
+void tst_ConnectivityChecker::keepsOneProbeInFlight()
+{
+    for (const auto status : {Checker::SUCCESS, Checker::FAILED}) {
+        Probe probe([](const Server::Request &) { return Server::page(""); });
+        probe.checker.startCheck();
+        probe.checker.startCheck();
+        QCOMPARE(repliesAlive(), 1);
+        const QString url = probe.server.url().toString();
+        QVERIFY(m_capture->contains(text("pending reply: QUrl(\"%1\")").arg(url)));
+        qApp->setProperty("TestOffline", status == Checker::FAILED);
+        QVERIFY(probe.received.wait());
+        QCOMPARE(probe.received.statuses(), Statuses{status});
+        QCOMPARE(probe.server.requests().size(), 1);
+        QTRY_COMPARE(repliesAlive(), 0);
+    }
 }
 
 void tst_ConnectivityChecker::testOfflineSendsNothing()
 {
     qApp->setProperty("TestOffline", true);
-    const struct {
-        int scheduleTimeout;
-        int delay;
-    } cases[] = {{-1, 10000}, {0, 10000}, {70, 70}};
-    for (const auto &c : cases) {
+    for (const int scheduleTimeout : {-1, 0, 70}) {
         Checker checker;
-        checker.setScheduleTimeout(c.scheduleTimeout);
-        QSignalSpy received(&checker, &Checker::statusReceived);
+        checker.setScheduleTimeout(scheduleTimeout);
+        const Spy received(&checker, &Checker::statusReceived);
         QCOMPARE(checker.property("status"), QVariant::fromValue(Checker::FAILED)); // whatever is stored
         QCOMPARE(received.count(), 0);
         checker.startCheck();
-        QCOMPARE(statuses(received), Statuses{Checker::FAILED});
+        QCOMPARE(received.statuses(), Statuses{Checker::FAILED});
         QCOMPARE(repliesAlive(), 0);
         QVERIFY(scheduleOf(checker)->isActive());
-        QCOMPARE(scheduleOf(checker)->interval(), c.delay);
+        QCOMPARE(scheduleOf(checker)->interval(), scheduleTimeout > 0 ? scheduleTimeout : 10000);
     }
 }
 
-void tst_ConnectivityChecker::testOfflineOverridesAnAnswer()
+void tst_ConnectivityChecker::schedulesChecks()
 {
-    Server server([](const Server::Request &) { return Server::page(""); });
-    Checker checker;
-    checker.setUrl(server.url());
-    QSignalSpy received(&checker, &Checker::statusReceived);
-    checker.startCheck();
-    qApp->setProperty("TestOffline", true);
-    QVERIFY(received.wait());
-    QCOMPARE(statuses(received), Statuses{Checker::FAILED});
-}
-
-void tst_ConnectivityChecker::schedulesTheNextCheck()
-{
-    int httpStatus = 0;
-    Server server([&httpStatus](const Server::Request &) { return Server::page("", httpStatus); });
-    for (const int scheduleTimeout : {60000, 0, -1}) {
-        for (const int answer : {200, 500}) {
-            httpStatus = answer;
-            Checker checker;
-            checker.setUrl(server.url());
-            checker.setScheduleTimeout(scheduleTimeout);
-            QVERIFY(!scheduleOf(checker)->isActive());
-            QSignalSpy received(&checker, &Checker::statusReceived);
-            checker.startCheck();
-            QVERIFY(received.wait());
-            QCOMPARE(scheduleOf(checker)->isActive(), scheduleTimeout > 0);
-            QCOMPARE(scheduleOf(checker)->interval(), scheduleTimeout > 0 ? scheduleTimeout : 1000);
-        }
-    }
-}
-
-void tst_ConnectivityChecker::scheduledCheckRuns()
-{
-    Server server([](const Server::Request &) { return Server::page(""); });
-    Checker checker;
-    checker.setUrl(server.url());
-    checker.setScheduleTimeout(1);
-    checker.scheduleCheck(1);
-    QTRY_VERIFY(server.requests().size() >= 3);
-}
-
-void tst_ConnectivityChecker::replacesAppointments()
-{
-    Checker checker;
-    checker.scheduleCheck(60000);
-    QVERIFY(QMetaObject::invokeMethod(&checker, "scheduleCheck"));
-    QCOMPARE(scheduleOf(checker)->interval(), 1000);
-    checker.scheduleCheck(-7);
-    QCOMPARE(scheduleOf(checker)->interval(), 0);
-    QCOMPARE(checker.findChildren<QTimer *>().size(), 1);
+    Probe probe([](const Server::Request &) { return Server::page(""); });
+    const QTimer *const schedule = scheduleOf(probe.checker);
+    probe.checker.scheduleCheck(60000);
+    QVERIFY(QMetaObject::invokeMethod(&probe.checker, "scheduleCheck"));
+    QCOMPARE(schedule->interval(), 1000);
+    probe.checker.scheduleCheck(-7);
+    QCOMPARE(schedule->interval(), 0);
+    QCOMPARE(probe.checker.findChildren<QTimer *>().size(), 1);
+    probe.checker.setScheduleTimeout(1);
+    QTRY_VERIFY(probe.server.requests().size() >= 3);
 }
 
 void tst_ConnectivityChecker::spreadsChecks()
-{
-    Checker checker;
-    std::set<int> delays;
-    for (int i = 0; i < 500; ++i) {
-        checker.checkConnectivity();
-        delays.insert(scheduleOf(checker)->interval());
-    }
-    QVERIFY(*delays.begin() >= 1000 && *delays.begin() < 1100);
-    QVERIFY(*delays.rbegin() <= 1999 && *delays.rbegin() > 1900);
-    QVERIFY(delays.size() > 200);
-}
-
-void tst_ConnectivityChecker::reactsToTheNetwork()
 {
     NetworkManager *const network = NetworkManager::instance();
     const std::function<void()> triggers[] = {
@@ -368,85 +259,87 @@ void tst_ConnectivityChecker::reactsToTheNetwork()
         trigger();
         hearPlatform(false);
         QVERIFY(scheduleOf(checker)->isActive());
-        QVERIFY(scheduleOf(checker)->interval() >= 1000 && scheduleOf(checker)->interval() <= 1999);
     }
+    Checker checker;
+    std::set<int> delays;
+    for (int i = 0; i < 500; ++i) {
+        checker.checkConnectivity();
+        delays.insert(scheduleOf(checker)->interval());
+    }
+    QVERIFY(*delays.begin() >= 1000 && *delays.begin() < 1100);
+    QVERIFY(*delays.rbegin() <= 1999 && *delays.rbegin() > 1900);
+    QVERIFY(delays.size() > 200);
 }
 
 void tst_ConnectivityChecker::losesTheNetwork()
 {
     using Access = QNetworkAccessManager;
-    Server server([](const Server::Request &) { return Server::page(""); });
-    Checker checker;
-    checker.setUrl(server.url());
-    checker.startCheck();
-    QTRY_COMPARE(checker.status(), Checker::SUCCESS);
-
-    QSignalSpy received(&checker, &Checker::statusReceived);
-    Access *const manager = NetworkManager::instance()->accessManager();
+    Probe probe([](const Server::Request &) { return Server::page(""); });
+    probe.checker.startCheck();
+    QTRY_COMPARE(probe.checker.status(), Checker::SUCCESS);
     hearPlatform(true);
-    for (const Access::NetworkAccessibility value :
+    for (const auto value :
          {Access::Accessible, Access::UnknownAccessibility, Access::NotAccessible, Access::NotAccessible})
-        Q_EMIT manager->networkAccessibleChanged(value);
+        Q_EMIT NetworkManager::instance()->accessManager()->networkAccessibleChanged(value);
     hearPlatform(false);
-    QCOMPARE(statuses(received), (Statuses{Checker::FAILED, Checker::FAILED}));
+    QCOMPARE(probe.received.statuses(), (Statuses{Checker::SUCCESS, Checker::FAILED, Checker::FAILED}));
     QCOMPARE(m_capture->texts().filter(text("Network not accessible, unable to access: QUrl(")).size(), 1);
 }
 
 void tst_ConnectivityChecker::followsTheRegistry()
 {
-    const QTemporaryDir directory;
-    QFile file(directory.filePath(text("urls.json")));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(R"({"environment":{"production":{"a":{"baseUrl":"http://p.example/b","urlQuery":{"q":1},
-        "regions":{"eu":{"baseUrl":"http://eu.example/b"}}}},"test":{"a":{"baseUrl":"http://t.example/b"}}}})");
-    file.close();
-    OXUrls::instance()->initialize(file.fileName(), text("production"), QString());
-
+    OXUrls *const urls = OXUrls::instance();
+    urls->initialize(QFINDTESTDATA("data/OlvexUrls.json"), text("production"), QString());
     Checker fixed;
     fixed.setUrl(QUrl(text("http://fixed.example")));
     Checker checker;
-    checker.useOXUrl(text("a"), text("probe"));
-    QCOMPARE(checker.url(), QUrl(text("http://p.example/b/probe")));
+    checker.useOXUrl(text("account"), text("probe"));
+    QCOMPARE(checker.url(), QUrl(text("https://account.example.com/base/probe")));
     QVERIFY(!scheduleOf(checker)->isActive());
-    QVERIFY(m_capture->contains(text("OXUrlKey: \"a\" Path: \"probe\"")));
+    QVERIFY(m_capture->contains(text("OXUrlKey: \"account\" Path: \"probe\"")));
 
     const auto followed = [&](const char *url) {
-        const bool result = checker.url() == QUrl(text(url)) && scheduleOf(checker)->isActive()
-            && scheduleOf(checker)->interval() == 1000;
+        const bool scheduled = scheduleOf(checker)->isActive() && scheduleOf(checker)->interval() == 1000;
         scheduleOf(checker)->stop();
-        return result;
+        return scheduled && checker.url() == QUrl(text(url));
     };
-    OXUrls::instance()->setRegion(text("eu"));
-    QVERIFY(followed("http://eu.example/b/probe"));
-    OXUrls::instance()->setEnvironment(text("test"));
-    QVERIFY(followed("http://t.example/b/probe"));
+    urls->setRegion(text("us"));
+    QVERIFY(followed("https://us.example.com/base//probe"));
+    urls->setEnvironment(text("test"));
+    QVERIFY(followed("https://test.example.com/base/probe"));
     checker.setUrl(QUrl(text("http://own.example"))); // the key stays in force
-    OXUrls::instance()->setEnvironment(text("production"));
-    QVERIFY(followed("http://eu.example/b/probe"));
+    urls->setEnvironment(text("production"));
+    QVERIFY(followed("https://us.example.com/base//probe"));
     QCOMPARE(fixed.url(), QUrl(text("http://fixed.example")));
     QVERIFY(!scheduleOf(fixed)->isActive());
 }
 
-void tst_ConnectivityChecker::settersSignalChangesOnly()
+void tst_ConnectivityChecker::startsIdleAndSignalsChangesOnly()
 {
     Checker checker;
-    QSignalSpy urls(&checker, &Checker::urlChanged);
-    QSignalSpy timeouts(&checker, &Checker::timeoutChanged);
-    QSignalSpy schedules(&checker, &Checker::scheduleTimeoutChanged);
+    const QSignalSpy urls(&checker, &Checker::urlChanged);
+    const QSignalSpy timeouts(&checker, &Checker::timeoutChanged);
+    const QSignalSpy schedules(&checker, &Checker::scheduleTimeoutChanged);
+    QCOMPARE(checker.status(), Checker::UNKNOWN);
+    QCOMPARE(checker.url(), QUrl());
+    QCOMPARE(checker.timeout(), 10000);
+    QCOMPARE(checker.scheduleTimeout(), -1);
+    QCOMPARE(scheduleOf(checker)->interval(), 1000);
+    QVERIFY(scheduleOf(checker)->isSingleShot());
+    const QUrl url(text("http://a.example"));
     for (int i = 0; i < 2; ++i) {
-        checker.setUrl(QUrl(text("http://a.example")));
+        checker.setUrl(url);
         checker.setTimeout(5);
         QVERIFY(QMetaObject::invokeMethod(&checker, "setScheduleTimeout"));
     }
     checker.setUrl(QUrl());
-    QCOMPARE(urls.count(), 2);
-    QCOMPARE(urls.first().first(), QVariant(QUrl(text("http://a.example"))));
+    QCOMPARE(QList<QVariantList>(urls), (QList<QVariantList>{{url}, {QUrl()}}));
     QCOMPARE(QList<QVariantList>(timeouts), (QList<QVariantList>{{5}}));
     QCOMPARE(QList<QVariantList>(schedules), (QList<QVariantList>{{10000}}));
     QVERIFY(!scheduleOf(checker)->isActive());
 }
 
-// The probe is not aborted, and cleanup() sees that nothing of it is left.
+// The probe is not aborted, and nothing of it is left.
 void tst_ConnectivityChecker::mayBeDeletedInFlight()
 {
     for (const Server::Script &script : {Server::page("late"), Server::hang()}) {
@@ -465,33 +358,22 @@ void tst_ConnectivityChecker::mayBeDeletedInFlight()
 void tst_ConnectivityChecker::listsItsInterfaceInOrder()
 {
     const QMetaObject &meta = Checker::staticMetaObject;
-    QStringList methods;
-    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i) {
-        const QMetaMethod method = meta.method(i);
-        methods << QString::fromLatin1(method.methodSignature() + ' ' + method.parameterNames().value(0));
-        if (method.access() == QMetaMethod::Private)
-            methods.last() += text(" private");
-    }
-    QCOMPARE(methods.join(QLatin1Char('\n')),
-             text("statusChanged(ConnectivityStatus) a_NewState\n"
-                  "statusReceived(ConnectivityStatus) a_NewState\n"
-                  "urlChanged(QUrl) a_NewUrl\n"
-                  "timeoutChanged(int) a_NewTimeout\n"
-                  "scheduleTimeoutChanged(int) scheduleTimeout\n"
-                  "startCheck() \n"
-                  "scheduleCheck(int) a_Timeout\n"
-                  "scheduleCheck() \n"
-                  "setScheduleTimeout(int) a_Timeout\n"
-                  "setScheduleTimeout() \n"
-                  "checkConnectivity() \n"
-                  "checkFinished()  private\n"
-                  "networkAccessibleChanged(QNetworkAccessManager::NetworkAccessibility) accessible private\n"
-                  "onOXUrlsEnvironmentChanged(QString) environment private\n"
-                  "onOXUrlsRegionChanged(QString) region private"));
-    QStringList properties;
+    QStringList names;
+    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i)
+        names << text(meta.method(i).methodSignature() + ' ' + meta.method(i).parameterNames().value(0));
     for (int i = meta.propertyOffset(); i < meta.propertyCount(); ++i)
-        properties << text(meta.property(i).name()) + text(meta.property(i).isWritable() ? " rw" : " r");
-    QCOMPARE(properties.join(QLatin1Char(',')), text("status r,url rw,timeout rw,scheduleTimeout rw"));
+        names << text(meta.property(i).name()) + text(meta.property(i).isWritable() ? " rw" : " r");
+    QCOMPARE(
+        names.join(text("; ")),
+        text("statusChanged(ConnectivityStatus) a_NewState; statusReceived(ConnectivityStatus) a_NewState; "
+             "urlChanged(QUrl) a_NewUrl; timeoutChanged(int) a_NewTimeout; "
+             "scheduleTimeoutChanged(int) scheduleTimeout; "
+             "startCheck() ; scheduleCheck(int) a_Timeout; scheduleCheck() ; "
+             "setScheduleTimeout(int) a_Timeout; setScheduleTimeout() ; checkConnectivity() ; "
+             "checkFinished() ; networkAccessibleChanged(QNetworkAccessManager::NetworkAccessibility) "
+             "accessible; onOXUrlsEnvironmentChanged(QString) environment; "
+             "onOXUrlsRegionChanged(QString) region; "
+             "status r; url rw; timeout rw; scheduleTimeout rw"));
     QCOMPARE(QMetaType::type("ConnectivityStatus"), qMetaTypeId<Checker::ConnectivityStatus>());
 }
 
