@@ -1,5 +1,6 @@
 #include <NetworkManager.h>
 
+#include "Cases.h"
 #include "LogCapture.h"
 #include "ScriptedServer.h"
 
@@ -8,10 +9,50 @@
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QNetworkRequest>
-#include <QtTest>
 
-using Send = std::function<QNetworkReply *(const QNetworkRequest &)>;
-Q_DECLARE_METATYPE(Send)
+namespace {
+
+using Manager = NetworkManager;
+using Request = QNetworkRequest;
+
+QIODevice *device()
+{
+    auto *const buffer = new QBuffer(Manager::instance());
+    buffer->setData("device");
+    buffer->open(QIODevice::ReadOnly);
+    return buffer;
+}
+
+QHttpMultiPart *message()
+{
+    auto *const parts = new QHttpMultiPart(Manager::instance());
+    QHttpPart part;
+    part.setBody("part");
+    parts->append(part);
+    return parts;
+}
+
+const struct {
+    const char *name;
+    QNetworkReply *(*send)(const Request &);
+    const char *method, *body;
+    const char *log = "debug: url: QUrl(\"%1\")";
+} requests[] = {
+    {"get", [](const Request &request) { return Manager::httpGet(request); }, "GET", ""},
+    {"post device", [](const Request &request) { return Manager::httpPost(request, device()); }, "POST",
+     "device"},
+    {"post bytes", [](const Request &request) { return Manager::httpPost(request, "bytes"); }, "POST",
+     "bytes"},
+    {"post message", [](const Request &request) { return Manager::httpPost(request, message()); }, "POST",
+     "\r\npart\r\n"},
+    {"put device", [](const Request &request) { return Manager::httpPut(request, device()); }, "PUT",
+     "device"},
+    {"put bytes", [](const Request &request) { return Manager::httpPut(request, "bytes"); }, "PUT", "bytes"},
+    {"put message", [](const Request &request) { return Manager::httpPut(request, message()); }, "PUT",
+     "\r\npart\r\n", "info: httpPut"},
+};
+
+} // namespace
 
 class tst_NetworkManager : public QObject {
     Q_OBJECT
@@ -19,11 +60,9 @@ class tst_NetworkManager : public QObject {
 private Q_SLOTS:
     void init();
     void cleanup() { m_capture.reset(); }
-    void belongsToTheApplication();
     void refusesRequestsBeforeInitialize();
     void initializeIsIdempotent();
-    void updateAsksForChecks();
-    void sendsRequestsUnchanged_data();
+    void sendsRequestsUnchanged_data() { addCases(requests); }
     void sendsRequestsUnchanged();
 
 private:
@@ -34,13 +73,6 @@ void tst_NetworkManager::init()
 {
     delete NetworkManager::instance();
     m_capture = std::make_unique<LogCapture>();
-}
-
-void tst_NetworkManager::belongsToTheApplication()
-{
-    NetworkManager *const manager = NetworkManager::instance();
-    QCOMPARE(manager->parent(), QCoreApplication::instance());
-    QCOMPARE(NetworkManager::Instance(), manager);
 }
 
 void tst_NetworkManager::refusesRequestsBeforeInitialize()
@@ -57,6 +89,8 @@ void tst_NetworkManager::refusesRequestsBeforeInitialize()
 void tst_NetworkManager::initializeIsIdempotent()
 {
     NetworkManager *const manager = NetworkManager::instance();
+    QCOMPARE(manager->parent(), QCoreApplication::instance());
+    QCOMPARE(NetworkManager::Instance(), manager);
     QSignalSpy checks(manager, &NetworkManager::checkConnectivity);
     manager->initialize();
     const QObjectList managers = manager->children();
@@ -65,71 +99,13 @@ void tst_NetworkManager::initializeIsIdempotent()
     manager->initialize();
     QCOMPARE(manager->children(), managers);
     QCOMPARE(checks.count(), 0);
-}
-
-void tst_NetworkManager::updateAsksForChecks()
-{
-    NetworkManager::instance()->initialize();
-    QSignalSpy checks(NetworkManager::instance(), &NetworkManager::checkConnectivity);
     NetworkManager::updateConfigurations();
     QCOMPARE(checks.count(), 1);
 }
 
-void tst_NetworkManager::sendsRequestsUnchanged_data()
-{
-    QTest::addColumn<Send>("send");
-    QTest::addColumn<QByteArray>("method");
-    QTest::addColumn<QByteArray>("bodyPart");
-    QTest::addColumn<QString>("log"); // without the URL
-
-    const auto buffer = [] {
-        auto *const device = new QBuffer(NetworkManager::instance());
-        device->setData("device");
-        device->open(QIODevice::ReadOnly);
-        return device;
-    };
-    const auto message = [] {
-        auto *const parts = new QHttpMultiPart(NetworkManager::instance());
-        QHttpPart part;
-        part.setBody("part");
-        parts->append(part);
-        return parts;
-    };
-    using Manager = NetworkManager;
-    using Request = QNetworkRequest;
-    const auto row = [](const char *name, Send send, const char *method, const char *body,
-                        const char *log = "debug: url: ") {
-        QTest::newRow(name) << send << QByteArray(method) << QByteArray(body)
-                            << QLatin1String("Olvex.NetworkManager.") + QLatin1String(log);
-    };
-    row(
-        "get", [](const Request &request) { return Manager::httpGet(request); }, "GET", "");
-    row(
-        "post device", [=](const Request &request) { return Manager::httpPost(request, buffer()); }, "POST",
-        "device");
-    row(
-        "post bytes", [](const Request &request) { return Manager::httpPost(request, QByteArray("bytes")); },
-        "POST", "bytes");
-    row(
-        "post message", [=](const Request &request) { return Manager::httpPost(request, message()); }, "POST",
-        "\r\npart\r\n");
-    row(
-        "put device", [=](const Request &request) { return Manager::httpPut(request, buffer()); }, "PUT",
-        "device");
-    row(
-        "put bytes", [](const Request &request) { return Manager::httpPut(request, QByteArray("bytes")); },
-        "PUT", "bytes");
-    // The odd one out in the log.
-    row(
-        "put message", [=](const Request &request) { return Manager::httpPut(request, message()); }, "PUT",
-        "\r\npart\r\n", "info: httpPut");
-}
-
 void tst_NetworkManager::sendsRequestsUnchanged()
 {
-    QFETCH(Send, send);
-    QFETCH(QByteArray, bodyPart);
-    QFETCH(QString, log);
+    const auto &c = currentCase(requests);
     ScriptedServer server([](const ScriptedServer::Request &) { return ScriptedServer::page("answer"); });
     NetworkManager::instance()->initialize();
     QNetworkRequest request(server.url("/path?q=1"));
@@ -138,12 +114,11 @@ void tst_NetworkManager::sendsRequestsUnchanged()
 
     QLoggingCategory::setFilterRules(QStringLiteral("Olvex.NetworkManager=true"));
     const int logged = m_capture->lines().size();
-    const std::unique_ptr<QNetworkReply> reply(send(request));
+    const std::unique_ptr<QNetworkReply> reply(c.send(request));
     QLoggingCategory::setFilterRules(QString());
-    QCOMPARE(m_capture->lines().mid(logged),
-             QStringList(log.endsWith(QLatin1Char(' '))
-                             ? QStringLiteral("%1QUrl(\"%2\")").arg(log, request.url().toString())
-                             : log));
+    const QString url = request.url().toString();
+    QString log = QLatin1String("Olvex.NetworkManager.") + QLatin1String(c.log);
+    QCOMPARE(m_capture->lines().mid(logged), QStringList(log.replace(QLatin1String("%1"), url)));
     if (reply->operation() == QNetworkAccessManager::GetOperation) // Qt adds the length of a body
         QVERIFY(reply->request() == request);
 
@@ -152,11 +127,10 @@ void tst_NetworkManager::sendsRequestsUnchanged()
     QCOMPARE(reply->readAll(), QByteArray("answer"));
     QCOMPARE(server.requests().size(), 1);
     const ScriptedServer::Request received = server.requests().first();
-    QTEST(received.method, "method");
+    QCOMPARE(received.method, QByteArray(c.method));
     QCOMPARE(received.path, QByteArray("/path?q=1"));
     QVERIFY(received.headers.contains("\r\nx-own: kept\r\n"));
-    QVERIFY2(received.body.contains(bodyPart) && received.body.isEmpty() == bodyPart.isEmpty(),
-             received.body);
+    QVERIFY2(received.body.contains(c.body) && received.body.isEmpty() == !*c.body, received.body);
 }
 
 QTEST_GUILESS_MAIN(tst_NetworkManager)
