@@ -38,18 +38,15 @@ const struct {
     const char *method, *body;
     const char *log = "debug: url: QUrl(\"%1\")";
 } requests[] = {
-    {"get", [](const Request &request) { return Manager::httpGet(request); }, "GET", ""},
-    {"post device", [](const Request &request) { return Manager::httpPost(request, device()); }, "POST",
-     "device"},
-    {"post bytes", [](const Request &request) { return Manager::httpPost(request, "bytes"); }, "POST",
-     "bytes"},
-    {"post message", [](const Request &request) { return Manager::httpPost(request, message()); }, "POST",
+    {"get", [](const Request &r) { return Manager::httpGet(r); }, "GET", ""},
+    {"post device", [](const Request &r) { return Manager::httpPost(r, device()); }, "POST", "device"},
+    {"post bytes", [](const Request &r) { return Manager::httpPost(r, "bytes"); }, "POST", "bytes"},
+    {"post message", [](const Request &r) { return Manager::httpPost(r, message()); }, "POST",
      "\r\npart\r\n"},
-    {"put device", [](const Request &request) { return Manager::httpPut(request, device()); }, "PUT",
-     "device"},
-    {"put bytes", [](const Request &request) { return Manager::httpPut(request, "bytes"); }, "PUT", "bytes"},
-    {"put message", [](const Request &request) { return Manager::httpPut(request, message()); }, "PUT",
-     "\r\npart\r\n", "info: httpPut"},
+    {"put device", [](const Request &r) { return Manager::httpPut(r, device()); }, "PUT", "device"},
+    {"put bytes", [](const Request &r) { return Manager::httpPut(r, "bytes"); }, "PUT", "bytes"},
+    {"put message", [](const Request &r) { return Manager::httpPut(r, message()); }, "PUT", "\r\npart\r\n",
+     "info: httpPut"},
 };
 
 } // namespace
