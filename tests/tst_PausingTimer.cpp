@@ -1,77 +1,78 @@
 #include <PausingTimer.h>
 
+#include "Cases.h"
+
 #include <QElapsedTimer>
 #include <QMetaMethod>
 #include <QSignalSpy>
 #include <QTimer>
-#include <QtTest>
 
 namespace {
 
-using Steps = void (*)(PausingTimer &);
-
 constexpr int tolerance = 100; // ms, for a machine that is busy with other things
 
-} // namespace
+// s60000: start with that period; i50000: set it; s: start; p: pause; r: resume; x: stop
+const struct {
+    const char *name;
+    int period; // that the inner timer runs with; -1: it does not run
+} stepCases[] = {
+    {"p r", -1},
+    {"s", 0},
+    {"i60000 r", -1},
+    {"i60000 s", 60000},
+    {"s60000 x s", 60000},
+    {"s60000 s50000", 50000},
+    {"s60000 p", -1},
+    {"s60000 p s", 60000},
+    {"s60000 p x r", -1},
+    {"s60000 i50000", 50000},
+    {"s60000 p i50000", -1},
+    {"s60000 p i50000 r", 50000},
+    {"s60000 x i50000 r", -1},
+};
 
-Q_DECLARE_METATYPE(Steps)
+void step(PausingTimer &timer, const QString &step)
+{
+    const int period = step.midRef(1).toInt();
+    switch (step.at(0).toLatin1()) {
+    case 's':
+        return step.size() > 1 ? timer.start(period) : timer.start();
+    case 'i':
+        return timer.setInterval(period);
+    case 'p':
+        return timer.pause();
+    case 'r':
+        return timer.resume();
+    default:
+        return timer.stop();
+    }
+}
+
+} // namespace
 
 class tst_PausingTimer : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void followsItsSteps_data();
+    void followsItsSteps_data() { addCases(stepCases); }
     void followsItsSteps();
     void runsOutTheRemainderFirst();
     void losesNoTimeInManyPauses();
     void resumesAnOverdueTimerAtOnce();
-    void repeats();
-    void obeysASingleShotTimer();
+    void stopsForGood();
     void listsItsMethodsInOrder();
 };
 
-void tst_PausingTimer::followsItsSteps_data()
-{
-    QTest::addColumn<Steps>("steps");
-    QTest::addColumn<int>("period"); // that the inner timer runs with; -1: it does not run
-    const auto row = [](const char *name, int period, Steps steps) {
-        QTest::newRow(name) << steps << period;
-    };
-
-    row("new", -1, [](PausingTimer &) {});
-    row("resume", -1, [](PausingTimer &t) { t.resume(); });
-    row("pause, resume", -1, [](PausingTimer &t) { t.pause(), t.resume(); });
-    row("start with a period", 60000, [](PausingTimer &t) { t.start(60000); });
-    row("start without a period", 0, [](PausingTimer &t) { t.start(); });
-    row("set a period", -1, [](PausingTimer &t) { t.setInterval(60000); });
-    row("set a period, resume", -1, [](PausingTimer &t) { t.setInterval(60000), t.resume(); });
-    row("set a period, start", 60000, [](PausingTimer &t) { t.setInterval(60000), t.start(); });
-    row("start again", 60000, [](PausingTimer &t) { t.start(60000), t.stop(), t.start(); });
-    row("start anew", 50000, [](PausingTimer &t) { t.start(60000), t.start(50000); });
-    row("pause", -1, [](PausingTimer &t) { t.start(60000), t.pause(); });
-    row("pause, start", 60000, [](PausingTimer &t) { t.start(60000), t.pause(), t.start(); });
-    row("stop", -1, [](PausingTimer &t) { t.start(60000), t.stop(); });
-    row("stop, resume", -1, [](PausingTimer &t) { t.start(60000), t.stop(), t.resume(); });
-    row("pause, stop, resume", -1, [](PausingTimer &t) { t.start(60000), t.pause(), t.stop(), t.resume(); });
-    row("change the period", 50000, [](PausingTimer &t) { t.start(60000), t.setInterval(50000); });
-    row("pause, change the period", -1,
-        [](PausingTimer &t) { t.start(60000), t.pause(), t.setInterval(50000); });
-    row("pause, change the period, resume", 50000,
-        [](PausingTimer &t) { t.start(60000), t.pause(), t.setInterval(50000), t.resume(); });
-    row("stop, change the period, resume", -1,
-        [](PausingTimer &t) { t.start(60000), t.stop(), t.setInterval(50000), t.resume(); });
-}
-
 void tst_PausingTimer::followsItsSteps()
 {
-    QFETCH(Steps, steps);
-    QFETCH(int, period);
+    const auto &expected = currentCase(stepCases);
     PausingTimer timer;
     const QTimer *const inner = timer.findChild<QTimer *>(QString(), Qt::FindDirectChildrenOnly);
-    steps(timer);
-    QCOMPARE(inner->isActive(), period != -1);
-    if (period != -1)
-        QCOMPARE(inner->interval(), period);
+    QVERIFY(!inner->isActive());
+    const QStringList steps = QString::fromLatin1(expected.name).split(QLatin1Char(' '));
+    for (const QString &name : steps)
+        step(timer, name);
+    QCOMPARE(inner->isActive() ? inner->interval() : -1, expected.period);
 }
 
 void tst_PausingTimer::runsOutTheRemainderFirst()
@@ -135,24 +136,14 @@ void tst_PausingTimer::resumesAnOverdueTimerAtOnce()
     QCOMPARE(inner->interval(), 10);
 }
 
-void tst_PausingTimer::repeats()
-{
-    PausingTimer timer;
-    QSignalSpy timeouts(&timer, &PausingTimer::timeout);
-    timer.start(5);
-    QTRY_VERIFY(timeouts.size() >= 3);
-    timer.stop();
-    timeouts.clear();
-    QVERIFY(!timeouts.wait(50));
-}
-
-void tst_PausingTimer::obeysASingleShotTimer()
+void tst_PausingTimer::stopsForGood()
 {
     PausingTimer timer;
     QTimer *const inner = timer.findChild<QTimer *>();
-    inner->setSingleShot(true);
     QSignalSpy timeouts(&timer, &PausingTimer::timeout);
     timer.start(5);
+    QTRY_VERIFY(timeouts.size() >= 3);
+    inner->setSingleShot(true); // the next timeout is the last one
     QVERIFY(timeouts.wait());
     timer.resume();
     QVERIFY(!inner->isActive());
