@@ -28,7 +28,6 @@ const struct {
     const char *name, *newHost;
     bool restarts;
 } hostCases[] = {
-    {"other", "m-2", true},
     {"hostile", "-$(reboot) %1\\1", true},
     {"same", "m-1", false},
     {"empty", "", false},
