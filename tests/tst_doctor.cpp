@@ -1,5 +1,6 @@
 // olvex-doctor as the field engineer runs it.
 
+#include "Cases.h"
 #include "ChildProcess.h"
 
 #include <QDir>
@@ -7,7 +8,6 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTemporaryDir>
-#include <QtTest>
 
 namespace {
 
@@ -27,14 +27,12 @@ class tst_doctor : public QObject {
 private Q_SLOTS:
     void init();
     void reportsSoundStart();
-    void printsAlignedTables();
     void namesProblems_data();
     void namesProblems();
+    void answersQuestions_data();
     void answersQuestions();
     void runsOnce();
     void decodesWhatComesThroughAPipe();
-    void encodesMessages();
-    void listsItsOptionsAfterTheBuiltInOnes();
 
 private:
     ChildResult run(const QString &options) const;
@@ -76,113 +74,110 @@ void tst_doctor::reportsSoundStart()
     const QJsonObject report = QJsonDocument::fromJson(result.out).object();
     QCOMPARE(report.value(QStringLiteral("problems")).toArray(), QJsonArray());
     QCOMPARE(report.value(QStringLiteral("Directories")).toArray().size(), 13);
-
     const QJsonArray services = report.value(QStringLiteral("Services")).toArray();
     QCOMPARE(services.size(), 2);
-    QCOMPARE(services.at(0).toObject().value(QStringLiteral("URL")).toString(),
+    QCOMPARE(services.at(0).toObject().value(QStringLiteral("URL")),
              QStringLiteral("https://eu.example.com"));
-    QCOMPARE(services.at(0).toObject().value(QStringLiteral("by region")).toBool(), true);
-
-    QVERIFY(QString::fromUtf8(result.out).contains(QStringLiteral("migrated: a copy of the old")));
-    QVERIFY(QString::fromUtf8(result.out).contains(QStringLiteral("Olvex.NetworkManager")));
+    QCOMPARE(services.at(0).toObject().value(QStringLiteral("by region")), true);
+    QVERIFY(result.out.contains("migrated: a copy of the old")
+            && result.out.contains("Olvex.NetworkManager"));
     QVERIFY(QFileInfo::exists(m_sandbox->filePath(QStringLiteral("my.log"))));
 }
 
-void tst_doctor::printsAlignedTables()
-{
-    const QString out = QString::fromLocal8Bit(run(QString()).out);
-    const QStringList lines = out.split(QLatin1Char('\n'));
-    const int first = lines.indexOf(QStringLiteral("Services"));
-    QVERIFY(first > 0);
-    const int column = lines.at(first + 1).indexOf(QStringLiteral("URL"));
-    QCOMPARE(lines.at(first + 2).indexOf(QStringLiteral("https://")), column);
-    QCOMPARE(lines.at(first + 3).indexOf(QStringLiteral("https://")), column);
-    QVERIFY(out.endsWith(QStringLiteral("Nothing wrong was found.\n")));
-}
+namespace {
+
+const struct {
+    const char *name; // the problem
+    const char *options;
+    const char *document;
+    const char *settings;
+} problems[] = {
+    {"The configuration directory ", "--confpath none", "", ""},
+    {"OlvexUrls.json cannot be read: ", "--confpath none", "", ""},
+    {"The variable data directory ", "--varpath data/etc/OlvexUrls.json/x", "", ""},
+    {"The log file none/x.log cannot be written: ", "--logoutput none/x.log", "", ""},
+    {"The option --unknown is unknown and was ignored.", "--unknown --tmppath . x", "", ""},
+    {"is damaged at byte 1: ", "", "{", ""},
+    {"names no environment.", "", "[]", ""},
+    {"The service \"a\" has no usable URL.", "", R"({"environment": {"production": {"a": {}}}})", ""},
+    {"The environment \"moon\" is not in the service table", "", "", "[System]\nEnvironment=moon\n"},
+    {"is damaged: what cannot be read has its default.", "", "", "\x01[[=\n[x\n"},
+};
+
+} // namespace
 
 void tst_doctor::namesProblems_data()
 {
-    QTest::addColumn<QString>("options");
-    QTest::addColumn<QByteArray>("document");
-    QTest::addColumn<QByteArray>("settings");
-    QTest::addColumn<QString>("problem");
-    const auto row = [](const char *options, const char *document, const char *settings,
-                        const char *problem) {
-        QTest::newRow(problem) << QString::fromLatin1(options) << QByteArray(document) << QByteArray(settings)
-                               << QString::fromLatin1(problem);
-    };
-    row("--confpath none", "", "", "The configuration directory ");
-    row("--confpath none", "", "", "OlvexUrls.json cannot be read: ");
-    row("--varpath data/etc/OlvexUrls.json/x", "", "", "The variable data directory ");
-    row("--logoutput none/x.log", "", "", "The log file none/x.log cannot be written: ");
-    row("--unknown --tmppath . x", "", "", "The option --unknown is unknown and was ignored.");
-    row("", "{", "", "is damaged at byte 1: ");
-    row("", "[]", "", "names no environment.");
-    row("", R"({"environment": {"production": {"a": {}}}})", "", "The service \"a\" has no usable URL.");
-    row("", "", "[System]\nEnvironment=moon\n", "The environment \"moon\" is not in the service table");
-    row("", "", "\x01[[=\n[x\n", "is damaged: what cannot be read has its default.");
+    addCases(problems);
 }
 
 void tst_doctor::namesProblems()
 {
-    QFETCH(QString, options);
-    QFETCH(QByteArray, document);
-    QFETCH(QByteArray, settings);
-    QFETCH(QString, problem);
-    if (!document.isEmpty())
-        write("data/etc/OlvexUrls.json", document.constData());
-    if (!settings.isEmpty())
-        write("v/Settings.ini", settings.constData());
-    const ChildResult result = run(options);
+    const auto &c = currentCase(problems);
+    if (*c.document)
+        write("data/etc/OlvexUrls.json", c.document);
+    if (*c.settings)
+        write("v/Settings.ini", c.settings);
+    const ChildResult result = run(QString::fromLatin1(c.options));
     QCOMPARE(result.exitCode, 1);
-    const QString out = QString::fromLocal8Bit(result.out);
-    QVERIFY2(out.section(QStringLiteral("\nProblems\n"), 1).contains(problem), result.out.constData());
+    QVERIFY2(result.out.mid(result.out.indexOf("\nProblems\n")).contains(c.name), result.out.constData());
+}
+
+namespace {
+
+const struct {
+    const char *name; // the options
+    int exitCode;
+    const char *line; // with its blanks simplified; * for what varies
+} questions[] = {
+    {"", 0, "Nothing wrong was found."},
+    {"--rhythms", 0, "138 vt range 120..240 180 - 300 200"},
+    {"--rhythms --json", 0, "166 avBlock2I ratios 50, 60, 65 (3:2, 4:3, 5:4) 4:3 0, 3, 6, 4 300 200"},
+    {"--rhythms child", 0, "175 torsadeDePoint fixed 180 - - 300 200"},
+    {"--rhythms infant", 0, "103 aFlutter rates 75, 100, 150 100 - 300 200"},
+    {"--rhythms baby", 0, "146 vf amplitude 10..100 40 - 0 0"},
+    {"--rhythms Baby", 2, "There is no age \"Baby\": choose one of adult, child, infant, baby."},
+    {"--rhythm 138 --age baby --rate 400", 0, "heart rate 320"},
+    {"--rhythm 138 --rate -400", 0, "heart rate 120"},
+    {"--rhythm 166 --rate 62", 0, "ratio 4:3"},
+    {"--rhythm 7 --rate 80", 0, "can have extrasystoles yes"},
+    {"--rhythm 7 --rate 80 --age old", 2, "There is no age \"old\": *"},
+    {"--rhythm 999 --rate 80", 2, "There is no rhythm \"999\": --rhythms lists the ids."},
+    {"--rhythm --rate 80", 2, "There is no rhythm \"\": --rhythms lists the ids."},
+    {"--rhythm 7 --rate fast", 2, "\"fast\" is no heart rate: --rate takes a whole number."},
+    {"--rhythm 7", 2, "\"\" is no heart rate: --rate takes a whole number."},
+    {"--products", 0, "150 Model 26 31 PRODUCT_MODEL_31"},
+    {"--products", 0, "40 Model 60 - -"},
+    {"--check --selftest", 0, "account ok * http://127.0.0.1:*/account"},
+    {"--check extra --selftest", 0, "extra ok * http://127.0.0.1:*/extra"},
+    {"--check --environment dead", 1, "account failed * http://127.0.0.1:1 Connection refused"},
+    {"--check account moon", 2, "There is no service \"moon\": choose from account, extra."},
+    {"--check --confpath none", 1, "The service table */none/OlvexUrls.json cannot be read: *"},
+    {"--region us", 0, "account no https://account.example.com"},
+    {"--environment dead --region us", 0, "account no http://127.0.0.1:1"},
+    {"--encode 00", 0, "000103f0e100"},
+    {"--encode 0", 2, "*is not hexadecimal*"},
+    {"--encode 0g", 2, "*is not hexadecimal*"},
+    {"--encode", 2, "*A message has 1 to 255 bytes, not 0."},
+    {"--decode none.bin", 1, "*none.bin cannot be read: *"},
+};
+
+} // namespace
+
+void tst_doctor::answersQuestions_data()
+{
+    addCases(questions);
 }
 
 void tst_doctor::answersQuestions()
 {
-    const struct {
-        const char *options;
-        int exitCode;
-        const char *line; // with its blanks simplified; * for what varies
-    } questions[] = {
-        {"--rhythms", 0, "138 vt range 120..240 180 - 300 200"},
-        {"--rhythms infant", 0, "7 sinus range 20..240 80 0, 2, 3, 6, 4 300 200"},
-        {"--rhythms --json", 0, "166 avBlock2I ratios 50, 60, 65 (3:2, 4:3, 5:4) 4:3 0, 3, 6, 4 300 200"},
-        {"--rhythms child", 0, "175 torsadeDePoint fixed 180 - - 300 200"},
-        {"--rhythms child", 0, "103 aFlutter rates 75, 100, 150 100 - 300 200"},
-        {"--rhythms baby", 0, "146 vf amplitude 10..100 40 - 0 0"},
-        {"--rhythms Baby", 2, "There is no age \"Baby\": choose one of adult, child, infant, baby."},
-        {"--rhythm 138 --age baby --rate 400", 0, "heart rate 320"},
-        {"--rhythm 138 --rate -400", 0, "heart rate 120"},
-        {"--rhythm 166 --rate 62", 0, "ratio 4:3"},
-        {"--rhythm 7 --rate 80", 0, "ratio -"},
-        {"--rhythm 7 --rate 80", 0, "can have extrasystoles yes"},
-        {"--rhythm 146 --rate 80", 0, "systolic max 0"},
-        {"--rhythm 7 --rate 80 --age old", 2,
-         "There is no age \"old\": choose one of adult, child, infant, baby."},
-        {"--rhythm 999 --rate 80", 2, "There is no rhythm \"999\": --rhythms lists the ids."},
-        {"--rhythm --rate 80", 2, "There is no rhythm \"\": --rhythms lists the ids."},
-        {"--rhythm 7 --rate fast", 2, "\"fast\" is no heart rate: --rate takes a whole number."},
-        {"--rhythm 7", 2, "\"\" is no heart rate: --rate takes a whole number."},
-        {"--products", 0, "150 Model 26 31 PRODUCT_MODEL_31"},
-        {"--products", 0, "40 Model 60 - -"},
-        {"--check --selftest", 0, "account ok * http://127.0.0.1:*/account"},
-        {"--check extra --selftest", 0, "extra ok * http://127.0.0.1:*/extra"},
-        {"--check --environment dead", 1, "account failed * http://127.0.0.1:1 Connection refused"},
-        {"--check account moon", 2, "There is no service \"moon\": choose from account, extra."},
-        {"--check --confpath none", 1, "The service table */none/OlvexUrls.json cannot be read: *"},
-        {"--region us", 0, "account no https://account.example.com"},
-        {"--environment dead --region us", 0, "account no http://127.0.0.1:1"},
-    };
-    for (const auto &question : questions) {
-        const ChildResult result = run(QString::fromLatin1(question.options));
-        QVERIFY2(result.exitCode == question.exitCode, question.options);
-        QStringList lines = QString::fromLocal8Bit(result.out + result.err).split(QLatin1Char('\n'));
-        for (QString &line : lines)
-            line = line.simplified();
-        QVERIFY2(!lines.filter(anythingFor(question.line)).isEmpty(), result.out + result.err);
-    }
+    const auto &c = currentCase(questions);
+    const ChildResult result = run(QString::fromLatin1(c.name));
+    QCOMPARE(result.exitCode, c.exitCode);
+    QStringList lines = QString::fromLocal8Bit(result.out + result.err).split(QLatin1Char('\n'));
+    for (QString &line : lines)
+        line = line.simplified();
+    QVERIFY2(!lines.filter(anythingFor(c.line)).isEmpty(), result.out + result.err);
 }
 
 void tst_doctor::runsOnce()
@@ -227,34 +222,6 @@ void tst_doctor::decodesWhatComesThroughAPipe()
                             "frames: 3, good: 2, with a wrong CRC: 1\n"
                             "bytes: 26, discarded: 8 (noise before the first delimiter: 2, too short: 3, "
                             "unfinished: 3)\n"));
-}
-
-void tst_doctor::encodesMessages()
-{
-    QCOMPARE(run(QStringLiteral("--encode 00")).out, QByteArray("000103f0e100\n"));
-    struct Row {
-        const char *options;
-        int exitCode;
-        const char *error;
-    };
-    for (const Row &row :
-         {Row{"--encode 0", 2, "is not hexadecimal"}, Row{"--encode 0g", 2, "is not hexadecimal"},
-          Row{"--encode", 2, "A message has 1 to 255 bytes, not 0."},
-          Row{"--decode none.bin", 1, "none.bin cannot be read: "}}) {
-        const ChildResult result = run(QString::fromLatin1(row.options));
-        QCOMPARE(result.exitCode, row.exitCode);
-        QVERIFY2(result.err.contains(row.error), result.err.constData());
-    }
-}
-
-void tst_doctor::listsItsOptionsAfterTheBuiltInOnes()
-{
-    const QStringList lines = QString::fromLocal8Bit(run(QStringLiteral("--help")).out)
-                                  .split(QLatin1Char('\n'))
-                                  .filter(QStringLiteral(" --"));
-    QVERIFY(lines.size() > 23);
-    QVERIFY(lines.at(22).startsWith(QStringLiteral(" --persistentpath ")));
-    QVERIFY(lines.at(23).startsWith(QStringLiteral(" --json ")));
 }
 
 QTEST_GUILESS_MAIN(tst_doctor)
