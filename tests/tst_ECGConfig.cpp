@@ -19,7 +19,6 @@ private Q_SLOTS:
     void listsItsInterfaceInOrder();
     void answersHeartRates_data();
     void answersHeartRates();
-    void takesPlainIntegerLists();
     void allowsExtrasystoles();
     void copiesIndependently();
     void answersScripts();
@@ -39,23 +38,17 @@ const struct {
 } heartRates[] = {
     {"no rate type", "{}", lowest, lowest, -1},
     {"rate type -1", R"({"RateType": -1})", 80, 80, -1},
-    {"rate type 5", R"({"RateType": 5})", 80, 80, -1},
     {"lowest rate type", R"({"RateType": -2147483648})", highest, highest, -1},
 
     {"below range", R"({"RateType": 0, "RateMin": 20, "RateMax": 200})", 10, 20, -1},
     {"above range", R"({"RateType": 0, "RateMin": 20, "RateMax": 200})", 250, 200, -1},
-    {"in range", R"({"RateType": 0, "RateMin": 20, "RateMax": 200})", 80, 80, -1},
     {"lowest", R"({"RateType": 0, "RateMin": 20, "RateMax": 200})", lowest, 20, -1},
     {"highest", R"({"RateType": 0, "RateMin": 20, "RateMax": 200})", highest, 200, -1},
     {"reversed range", R"({"RateType": 0, "RateMin": 200, "RateMax": 20})", 80, 20, -1},
     {"no bounds", R"({"RateType": 0})", 80, -1, -1},
 
     {"fixed", R"({"RateType": 1, "FixedRate": 180})", 80, 180, -1},
-    {"fixed at 0", R"({"RateType": 1, "FixedRate": 0})", 80, 0, -1},
-    {"fixed as text", R"({"RateType": 1, "FixedRate": "75"})", 80, 75, -1},
     {"fixed as word", R"({"RateType": 1, "FixedRate": "fast"})", 80, -1, -1},
-    {"fixed as list", R"({"RateType": 1, "FixedRate": [75]})", 80, -1, -1},
-    {"fixed as null", R"({"RateType": 1, "FixedRate": null})", 80, -1, -1},
 
     {"nearer to first", R"({"RateType": 2, "Rates": [75, 100, 150]})", 87, 75, -1},
     {"nearer to second", R"({"RateType": 2, "Rates": [75, 100, 150]})", 88, 100, -1},
@@ -85,25 +78,15 @@ const struct {
 } scripts[] = {
     {"c.getParam('RatioTexts').join(' ')", "3:2 4:3"},
     {"c.getParam('RatioHR')[1] + 1", "61"},
-    {"c.getParam('Rates')", "undefined"},
-    {"c.getParamValueAsInt('DefaultRatio')", "1"},
-    {"c.getRhythmTypeName()", "block"},
-    {"c.getRateType()", "3"},
-    {"c.getDefaultHeartRate()", "60"},
-    {"c.getHeartRateMin()", "50"},
-    {"c.getHeartRateMax()", "65"},
-    {"c.getFixedHeartRate()", "-1"},
-    {"c.getSystolicBloodPressureMax()", "300"},
-    {"c.getDiastolicBloodPressureMax()", "200"},
-    {"c.validateHeartRate(52)", "50"},
     {"c.validateHeartRate(NaN)", "50"},
+    {"answers(c)", "1,block,3,60,50,65,-1,300,200,"},
     {"c.getRatioForHeartRate(58)", "1"},
     {"c.canHaveExtrasystoles()", "true"},
     {"[0, 3, 2, 'x'].map(function(t) { return c.isExtraSystoleAllowed(t) })", "true,true,false,true"},
     {"c.isExtraSystoleAllowed()", "Error: Insufficient arguments"},
     {"properties(c)", "166,block,3,50,65,60,-1,300,200"},
+    {"answers(empty)", "-1,,-1,-1,-1,-1,-1,-1,-1,"},
     {"properties(empty)", "0,,-1,-1,-1,-1,-1,-1,-1"},
-    {"empty.canHaveExtrasystoles()", "false"},
     {"'use strict'; c.rhythm = 7", "TypeError: Cannot assign to read-only property \"rhythm\""},
 };
 
@@ -121,7 +104,7 @@ std::unique_ptr<ECGConfig> configWith(const char *json)
 void tst_ECGConfig::listsItsInterfaceInOrder()
 {
     const QMetaObject &meta = ECGConfig::staticMetaObject;
-    QByteArrayList methods;
+    QByteArrayList methods, properties;
     for (int i = meta.methodOffset(); i < meta.methodCount(); ++i)
         methods << meta.method(i).typeName() + QByteArray(" ") + meta.method(i).methodSignature();
     QCOMPARE(methods.join("; "),
@@ -133,12 +116,10 @@ void tst_ECGConfig::listsItsInterfaceInOrder()
                         "RC_GUI::AVBlockRatios_t getRatioForHeartRate(int); bool canHaveExtrasystoles(); "
                         "bool isExtraSystoleAllowed(RC_GUI::ExtraSystoleTypes_t)"));
 
-    QByteArrayList properties;
     for (int i = meta.propertyOffset(); i < meta.propertyCount(); ++i) {
         const QMetaProperty p = meta.property(i);
         properties << p.typeName() + QByteArray(" ") + p.name();
-        QVERIFY(p.isReadable() && p.isConstant() && p.isScriptable() && p.isStored());
-        QVERIFY(!p.isWritable() && !p.hasNotifySignal());
+        QVERIFY(p.isReadable() && p.isConstant() && !p.isWritable() && !p.hasNotifySignal());
     }
     QCOMPARE(properties.join("; "),
              QByteArray("int rhythm; QString rhythmTypeName; int rate_type; int heartrate_min; "
@@ -159,23 +140,14 @@ void tst_ECGConfig::answersHeartRates()
     QCOMPARE(int(config->getRatioForHeartRate(c.heartRate)), c.ratio);
 }
 
-void tst_ECGConfig::takesPlainIntegerLists()
-{
-    const auto config = configWith(R"({"RateType": 2})");
-    config->append(QStringLiteral("Rates"), QVariant::fromValue(QList<int>{75, 100}));
-    QCOMPARE(config->validateHeartRate(90), 100);
-}
-
 void tst_ECGConfig::allowsExtrasystoles()
 {
     const auto allows = [](const char *json, int type) {
         return configWith(json)->isExtraSystoleAllowed(RC_GUI::ExtraSystoleTypes_t(type));
     };
+    const char *const some = R"({"ExtraSystoles": [2, 4]})";
     QVERIFY(allows("{}", 0) && !allows("{}", 2));
-    QVERIFY(allows(R"({"ExtraSystoles": [2]})", 0));
-    QVERIFY(allows(R"({"ExtraSystoles": [0, 2, 4]})", 4));
-    QVERIFY(!allows(R"({"ExtraSystoles": [0, 2, 4]})", 3));
-    QVERIFY(!allows(R"({"ExtraSystoles": [0, 2, 4]})", lowest));
+    QVERIFY(allows(some, 0) && allows(some, 4) && !allows(some, 3) && !allows(some, lowest));
     QVERIFY(configWith(R"({"ExtraSystoles": [0]})")->canHaveExtrasystoles());
     QVERIFY(!configWith(R"({"ExtraSystoles": []})")->canHaveExtrasystoles());
 }
@@ -203,14 +175,21 @@ void tst_ECGConfig::answersScripts()
     config->setRhythm(166);
     ECGConfig empty;
     QJSEngine engine;
-    for (ECGConfig *object : {config.get(), &empty})
+    const auto offer = [&engine](const char *name, ECGConfig *object) {
         QQmlEngine::setObjectOwnership(object, QQmlEngine::CppOwnership);
-    engine.globalObject().setProperty(QStringLiteral("c"), engine.newQObject(config.get()));
-    engine.globalObject().setProperty(QStringLiteral("empty"), engine.newQObject(&empty));
+        engine.globalObject().setProperty(QString::fromLatin1(name), engine.newQObject(object));
+    };
+    offer("c", config.get());
+    offer("empty", &empty);
     engine.evaluate(
         QStringLiteral("function properties(o) { return [o.rhythm, o.rhythmTypeName, o.rate_type, "
                        "o.heartrate_min, o.heartrate_max, o.heartrate_default, o.heartrate_fixed, "
-                       "o.systolic_max, o.diastolic_max] }"));
+                       "o.systolic_max, o.diastolic_max] }"
+                       "function answers(o) { return [o.getParamValueAsInt('DefaultRatio'), "
+                       "o.getRhythmTypeName(), o.getRateType(), o.getDefaultHeartRate(), "
+                       "o.getHeartRateMin(), o.getHeartRateMax(), o.getFixedHeartRate(), "
+                       "o.getSystolicBloodPressureMax(), o.getDiastolicBloodPressureMax(), "
+                       "o.getParam('Rates')] }"));
     for (const auto &script : scripts)
         QCOMPARE(engine.evaluate(QString::fromLatin1(script.expression)).toString(),
                  QString::fromLatin1(script.result));
