@@ -130,7 +130,7 @@ void cobs_decode(benchmark::State &state, const LinkData::Mix &mix, std::size_t 
         PlainLink::cobsEncode(input, stuffed);
         input.assign(stuffed.begin() + 1, stuffed.end());
     }
-    measure(state, inputs, [](Bytes &in, Bytes &out) {
+    measure(state, std::move(inputs), [](Bytes &in, Bytes &out) {
         out.clear();
         Implementation::decode(in, out);
     });
@@ -151,7 +151,7 @@ void encode_message(benchmark::State &state, const LinkData::Mix &mix, std::size
     std::vector<Bytes> inputs = messages(mix, size);
     for (Bytes &input : inputs)
         input.reserve(size + 2);
-    measure(state, inputs, [&link, size](Bytes &in, Bytes &out) {
+    measure(state, std::move(inputs), [&link, size](Bytes &in, Bytes &out) {
         in.resize(size);
         Implementation::frame(link, in, out);
     });
