@@ -268,7 +268,7 @@ void printWithoutCrc(const RatioReporter &reporter, const std::string &function,
         return reporter.fastest(function, implementation, message + chunks)
             - reporter.fastest("calcCrc", implementation, message);
     };
-    if (reporter.fastest(function, Own::name, message + chunks) > 0)
+    if (reporter.fastest(function, Own::name, message + chunks) > 0 && rest(Plain::name) > 0)
         std::printf("%6.3f  %s/%s%s without calcCrc  of plain\n", rest(Own::name) / rest(Plain::name),
                     function.c_str(), message.c_str(), chunks.c_str());
 }

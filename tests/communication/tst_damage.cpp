@@ -23,7 +23,7 @@ Bytes randomFrame(std::mt19937 &generator, LogicalLinkControl &link, Bytes &mess
     return frame;
 }
 
-// Frames that are back to back, share delimiters or stand in noise, with flipped, dropped and added bytes.
+// Frames back to back or in noise, with flipped, dropped and added bytes and lost delimiters.
 Bytes roughStream(std::mt19937 &generator, std::size_t frames)
 {
     LogicalLinkControl link(255);
@@ -31,28 +31,18 @@ Bytes roughStream(std::mt19937 &generator, std::size_t frames)
     Bytes message;
     for (std::size_t i = 0; i < frames; ++i) {
         Bytes frame = randomFrame(generator, link, message);
-        const auto place = [&] {
-            return frame.begin() + static_cast<std::ptrdiff_t>(below(generator, frame.size()));
-        };
-        switch (below(generator, 8)) {
-        case 0:
-            *place() ^= static_cast<unsigned char>(1U << below(generator, 8));
-            break;
-        case 1:
-            frame.erase(place());
-            break;
-        case 2:
-            frame.insert(place(), static_cast<unsigned char>(below(generator, 3)));
-            break;
-        case 3:
-            LinkData::append(stream, LinkData::bytes(generator, LinkData::sparse, below(generator, 40)));
-            break;
-        case 4:
+        const auto place = frame.begin() + static_cast<std::ptrdiff_t>(below(generator, frame.size()));
+        const std::size_t damage = below(generator, 8);
+        if (damage == 0)
+            *place ^= static_cast<unsigned char>(1U << below(generator, 8));
+        else if (damage == 1)
+            frame.erase(place);
+        else if (damage == 2)
+            frame.insert(place, static_cast<unsigned char>(below(generator, 3)));
+        else if (damage == 3)
             frame.pop_back();
-            break;
-        default:
-            break;
-        }
+        else if (damage == 4)
+            LinkData::append(stream, LinkData::bytes(generator, LinkData::sparse, below(generator, 40)));
         LinkData::append(stream, frame);
     }
     return stream;

@@ -13,14 +13,9 @@ namespace {
 
 constexpr unsigned int lastPosition = std::numeric_limits<unsigned int>::max();
 
-unsigned int u8(Bytes &v, unsigned int &position)
+template <auto retrieve> unsigned int read(Bytes &v, unsigned int &position)
 {
-    return Link::retrieve_u8(v, position);
-}
-
-unsigned int u16(Bytes &v, unsigned int &position)
-{
-    return Link::retrieve_u16le(v, position);
+    return retrieve(v, position);
 }
 
 struct NumberRead {
@@ -30,22 +25,18 @@ struct NumberRead {
     unsigned int positionAfter;
 };
 
+constexpr auto u8 = read<Link::retrieve_u8>;
+constexpr auto u16 = read<Link::retrieve_u16le>;
+constexpr auto u32 = read<Link::retrieve_u32le>;
+
 // Of the six bytes 81 82 83 84 85 86. A failed read gives 0 and leaves the position.
+// clang-format off
 const NumberRead numberReads[] = {
-    {u8, 0, 0x81, 1},
-    {u8, 5, 0x86, 6},
-    {u8, 6, 0, 6},
-    {u8, lastPosition, 0, lastPosition},
-    {u16, 0, 0x8281, 2},
-    {u16, 4, 0x8685, 6},
-    {u16, 5, 0, 5},
-    {u16, lastPosition, 0, lastPosition},
-    {Link::retrieve_u32le, 0, 0x84838281, 4},
-    {Link::retrieve_u32le, 2, 0x86858483, 6},
-    {Link::retrieve_u32le, 3, 0, 3},
-    {Link::retrieve_u32le, lastPosition - 2, 0, lastPosition - 2},
-    {Link::retrieve_u32le, lastPosition, 0, lastPosition},
+    {u8, 0, 0x81, 1}, {u8, 5, 0x86, 6}, {u8, 6, 0, 6}, {u8, lastPosition, 0, lastPosition},
+    {u16, 0, 0x8281, 2}, {u16, 4, 0x8685, 6}, {u16, 5, 0, 5}, {u16, lastPosition, 0, lastPosition},
+    {u32, 0, 0x84838281, 4}, {u32, 2, 0x86858483, 6}, {u32, 3, 0, 3}, {u32, lastPosition - 2, 0, lastPosition - 2},
 };
+// clang-format on
 
 struct StringRead {
     const char *text;
