@@ -207,7 +207,7 @@ void tst_doctor::decodesWhatComesThroughAPipe()
     doctor.write("\x07\x07" + frame);
     QByteArray out;
     while (!out.contains("good") && doctor.waitForReadyRead(30000))
-        out += doctor.readAllStandardOutput();
+        out += doctor.readAllStandardOutput().replace("\r\n", "\n");
     QVERIFY(out.endsWith("         2       1  good   00\n")); // while the rest is still to come
 
     // A shared delimiter and a wrong checksum, an empty frame, one too short, a good one, one unfinished.

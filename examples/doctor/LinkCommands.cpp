@@ -11,6 +11,11 @@
 #include <cstdio>
 #include <cstring>
 
+#ifdef Q_OS_WIN
+#    include <fcntl.h>
+#    include <io.h>
+#endif
+
 namespace {
 
 // The value behind an option; the next option is none.
@@ -72,6 +77,9 @@ int runDecode()
 {
     const QByteArray path = QFile::encodeName(optionValue("--decode"));
     std::FILE *input = path.isEmpty() ? stdin : std::fopen(path.constData(), "rb");
+#ifdef Q_OS_WIN
+    _setmode(_fileno(stdin), _O_BINARY); // it would translate line ends and stop at Ctrl+Z
+#endif
     const char *name = path.isEmpty() ? "Standard input" : path.constData();
     if (input == nullptr)
         return fail(1, "%s cannot be read: %s.\n", name, std::strerror(errno));
