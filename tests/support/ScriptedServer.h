@@ -45,7 +45,10 @@ public:
     using Script = QVector<Step>;
     using Handler = std::function<Script(const Request &)>;
 
-    enum Recording { Keep, Forget };
+    enum Recording {
+        Keep,
+        Forget
+    };
 
     explicit ScriptedServer(Handler handler, Recording recording = Keep);
 
