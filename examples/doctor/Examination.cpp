@@ -48,7 +48,10 @@ const DirectoryRow directoryRows[] = {
     {"user interface", "--qmlpath", &AppConfig::qmlLocalPath, Need::Nothing},
 };
 
-const QStringList itemColumns = {QStringLiteral("item"), QStringLiteral("value")};
+QStringList itemColumns()
+{
+    return {QStringLiteral("item"), QStringLiteral("value")};
+}
 
 QString text(const char *utf8)
 {
@@ -65,7 +68,7 @@ bool isWritableDirectory(const QString &path)
 Table identity()
 {
     return {text("Identity"),
-            itemColumns,
+            itemColumns(),
             {{text("application"), AppConfig::versionInfo()},
              {text("version"), AppConfig::majorMiniorMicroVersion()},
              {text("system version"), AppConfig::systemVersion()},
@@ -131,7 +134,7 @@ Table settings(QStringList &problems)
     else if (!settings->isWritable())
         problems << text("The settings file %1 cannot be written.").arg(path);
     return {text("Settings"),
-            itemColumns,
+            itemColumns(),
             {{text("file in force"), path},
              {text("origin"), settingsOrigin(path, AppConfig::varEtcPath(text("Settings.ini")))},
              {text("last modified"), QFileInfo(path).lastModified().toString(Qt::ISODate)},
@@ -146,7 +149,7 @@ Table deployment(const QJsonObject &environments, QStringList &problems)
         problems << text("The environment \"%1\" is not in the service table: \"%2\" is used instead.")
                         .arg(environment, OXUrls::DefaultEnvironment);
     return {text("Deployment"),
-            itemColumns,
+            itemColumns(),
             {{text("service table"), AppConfig::confPath(text("OlvexUrls.json"))},
              {text("environment"), environment},
              {text("region"), OXUrls::instance()->region()},
@@ -192,7 +195,7 @@ Table log(QStringList &problems)
                         .arg(path, AppConfig::logOutputFile.errorString());
     return {
         text("Log"),
-        itemColumns,
+        itemColumns(),
         {{text("file"),
           path.isEmpty() ? text("none (start with --logoutput FILE)") : QFileInfo(path).absoluteFilePath()},
          {text("open"), open},

@@ -20,7 +20,7 @@ void *operator new(std::size_t size)
     allocations.fetch_add(1, std::memory_order_relaxed);
     if (void *memory = std::malloc(size))
         return memory;
-    throw std::bad_alloc();
+    std::abort();
 }
 
 void operator delete(void *memory) noexcept
