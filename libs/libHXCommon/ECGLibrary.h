@@ -50,14 +50,23 @@
  */
 class HXCOMMON_EXPORT ECGConfig : public QObject {
     Q_OBJECT
+    /// The rhythm id.
     Q_PROPERTY(int rhythm READ getRhythm CONSTANT)
+    /// Symbolic name of the rhythm; empty if not set.
     Q_PROPERTY(QString rhythmTypeName READ getRhythmTypeName CONSTANT)
+    /// How the rate is chosen, an RC_GUI::RateTypes_t; -1 if not set.
     Q_PROPERTY(int rate_type READ getRateType CONSTANT)
+    /// Lower bound of the rate in beats/min; -1 if not set.
     Q_PROPERTY(int heartrate_min READ getHeartRateMin CONSTANT)
+    /// Upper bound of the rate in beats/min; -1 if not set.
     Q_PROPERTY(int heartrate_max READ getHeartRateMax CONSTANT)
+    /// Proposed rate in beats/min; -1 if not set.
     Q_PROPERTY(int heartrate_default READ getDefaultHeartRate CONSTANT)
+    /// The only rate in beats/min; -1 if not set.
     Q_PROPERTY(int heartrate_fixed READ getFixedHeartRate CONSTANT)
+    /// Highest systolic pressure in mmHg; -1 if not set.
     Q_PROPERTY(int systolic_max READ getSystolicBloodPressureMax CONSTANT)
+    /// Highest diastolic pressure in mmHg; -1 if not set.
     Q_PROPERTY(int diastolic_max READ getDiastolicBloodPressureMax CONSTANT)
 
 public:
@@ -89,22 +98,22 @@ public:
     /// "RateType"; -1 if not set.
     Q_INVOKABLE RC_GUI::RateTypes_t getRateType() const;
 
-    /// "DefaultRate"; -1 if not set.
+    /// "DefaultRate" in beats/min; -1 if not set.
     Q_INVOKABLE int getDefaultHeartRate() const;
 
-    /// "RateMin"; -1 if not set.
+    /// "RateMin" in beats/min; -1 if not set.
     Q_INVOKABLE int getHeartRateMin() const;
 
-    /// "RateMax"; -1 if not set.
+    /// "RateMax" in beats/min; -1 if not set.
     Q_INVOKABLE int getHeartRateMax() const;
 
-    /// "FixedRate"; -1 if not set.
+    /// "FixedRate" in beats/min; -1 if not set.
     Q_INVOKABLE int getFixedHeartRate() const;
 
-    /// "MaxBPSys"; -1 if not set.
+    /// "MaxBPSys" in mmHg; -1 if not set.
     Q_INVOKABLE int getSystolicBloodPressureMax() const;
 
-    /// "MaxBPDia"; -1 if not set.
+    /// "MaxBPDia" in mmHg; -1 if not set.
     Q_INVOKABLE int getDiastolicBloodPressureMax() const;
 
     /**

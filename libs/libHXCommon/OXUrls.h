@@ -49,7 +49,9 @@
  */
 class HXCOMMON_EXPORT OXUrls : public QObject {
     Q_OBJECT
+    /// Name of the environment in force.
     Q_PROPERTY(QString environment READ environment WRITE setEnvironment NOTIFY environmentChanged)
+    /// Name of the region in force; empty for none.
     Q_PROPERTY(QString region READ region WRITE setRegion NOTIFY regionChanged)
 
 public:
@@ -112,6 +114,7 @@ public:
      *
      * A script can leave off trailing arguments, but cannot make a QUrlQuery: the four-argument form is of
      * use to C++ only.
+     * @param target name of the service; an unknown one has an empty base address
      * @param path appended to the path of the base address, behind a "/" unless it starts with one, in
      *     decoded form: "?" and "%" are characters of the path. The end of the base path is not looked at: a
      *     base "/base/" and a path "api" give "/base//api". A "%2F" in the base path becomes a "/".

@@ -8,6 +8,16 @@
 #include <QObject>
 
 /**
+ * @file
+ * Identification of devices and the display names of manikin types.
+ */
+
+/**
+ * @namespace BM_HXCommon
+ * Holds Product.
+ */
+
+/**
  * Identification of devices: what they report over USB and Bluetooth, and which product a manikin is.
  *
  * Scripts write `Product.PRODUCT_UNKNOWN` once the application has registered the meta-object with

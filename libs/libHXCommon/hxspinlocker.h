@@ -26,6 +26,7 @@ class QThread;
  */
 class HXCOMMON_EXPORT HXAtomicLock {
 public:
+    /// A free lock.
     HXAtomicLock() = default;
     HXAtomicLock(const HXAtomicLock &) = delete;
     HXAtomicLock &operator=(const HXAtomicLock &) = delete;
