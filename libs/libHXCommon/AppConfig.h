@@ -69,9 +69,6 @@ public:
     /// Restores the previous message handler, closes the log file and releases the settings.
     ~AppConfig() override;
 
-    /// @name Start-up
-    /// @{
-
     /**
      * Starts the executable up: identity, logging filter, command line, directories, settings, network,
      * service URLs, in this order. docs/architecture.md lists every step.
@@ -124,7 +121,6 @@ public:
      */
     void addArgument(const char *name, qint32 valueCount, const char *help);
 
-    /// @}
     /// @name Option queries
     /// @{
 

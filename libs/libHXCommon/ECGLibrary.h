@@ -23,7 +23,7 @@
  * @endcode
  *
  * The parameters are a dictionary. A key that has no meaning for a rhythm is not set. Rates are in beats/min,
- * pressures in mmHg.
+ * pressures in mmHg; amplitudes have the unit of the user interface.
  *
  * | key | value | meaning |
  * |---|---|---|
@@ -159,7 +159,8 @@ private:
  *
  * There is one library per age, built from a fixed table when it is first asked for. The default library is
  * the adults'; the child library is a copy of it; the infant and baby libraries are copies with other bounds
- * of the heart rate for some rhythms. Default rates are the same at every age.
+ * of the heart rate for some rhythms. Default rates are the same at every age. `olvex-doctor --rhythms` lists
+ * the rhythms of an age.
  *
  * A library owns its configurations. Main thread only: building is not guarded by a lock.
  */

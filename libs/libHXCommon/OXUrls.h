@@ -15,7 +15,8 @@
  * The addresses come from a JSON document, "OlvexUrls.json" in the configuration directory. Two selectors,
  * the environment (which deployment) and the region, pick the entry in force; callers ask for a service by
  * its target name. AppConfig::initialize() loads the document and sets the selectors from the settings
- * "System/Environment" and "System/Region".
+ * "System/Environment" and "System/Region". A missing setting is an empty text: every look-up then falls back
+ * to DefaultEnvironment, and there is no region.
  *
  * @code
  * const QUrl login = OXUrls::url(QStringLiteral("account"), QStringLiteral("v1/login"), true);

@@ -95,7 +95,7 @@ enum manufacturerProductId_t : int {
 Q_ENUM_NS(manufacturerProductId_t)
 
 /// Product (manufacturerProductId_t) of each manikin type; filled when the library is loaded. Some manikin
-/// types have a name but no product.
+/// types have a name but no product. `olvex-doctor --products` lists all types.
 extern HXCOMMON_EXPORT const QMap<int, int> ManikinProductTypeMap;
 } // namespace BM_HXCommon::Product
 

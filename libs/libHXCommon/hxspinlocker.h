@@ -74,7 +74,8 @@ private:
  */
 class HXCOMMON_EXPORT HXSpinLocker {
 public:
-    /// Acquires @p lock, which must outlive this object. The texts are those of HXAtomicLock::lock().
+    /// Acquires @p lock, which is not null and must outlive this object. The texts are those of
+    /// HXAtomicLock::lock().
     HXSpinLocker(HXAtomicLock *lock, const char *function, const char *info)
         : m_lock(lock), m_locked(false), m_function(function), m_info(info)
     {
