@@ -71,7 +71,7 @@ public:
 
     /**
      * Starts the executable up: identity, logging filter, command line, directories, settings, network,
-     * service URLs, in this order. docs/architecture.md lists every step.
+     * service URLs, in this order. @ref md_docs_architecture "docs/architecture.md" lists every step.
      *
      * The application object must exist. Nothing makes the start-up fail: a log file that cannot be opened is
      * reported on standard error, a service table that cannot be read by a warning of OXUrls, and a directory
@@ -94,8 +94,7 @@ public:
      * |---|---|
      * | "--logoutput" file | appends every message to the file, see logOutputFile |
      * | "--null" | prints no message on the console, see nullOutput |
-     * | "--nodebug" | standard input, output and error become the null device, and no message handler of ours
-     * is installed: nothing is printed or logged any more |
+     * | "--nodebug" | standard streams become the null device; nothing is printed or logged any more |
      * | "--disablestamps" | messages start without the time, in the log file, too |
      * | "--debugLevel" number | sets DebugInfoEnterExit::debugLevel, to 0 by what is no number |
      * | "--redirectoutput" file | appends standard output and standard error to the file |
@@ -358,7 +357,7 @@ public:
      * On Windows these are the console's close and break events. On POSIX systems SIGINT, SIGTERM and SIGHUP
      * are forwarded to the main thread's event loop, which emits shutdownRequested() first. Call it on the
      * main thread.
-     * @return whether the handler could be installed
+     * @return whether the handler could be installed; on POSIX systems that needs the application object
      */
     static bool cleanExit();
 
@@ -379,7 +378,9 @@ public:
 
     static QString version(); ///< The application's version; empty before initialize().
     static QString majorMiniorMicroVersion(); ///< Its first three parts, "1.0.0" when it cannot be parsed.
-    static QString buildStamp(); ///< Date and time of the build, separated by a blank.
+    /// Date and time of the build, separated by a blank, as set by HXCOMMON_BUILD_DATE and
+    /// HXCOMMON_BUILD_TIME when the library was configured.
+    static QString buildStamp();
     static QString versionInfo(); ///< Application name, " Ver. " and version().
     /**
      * The version of the installed system: the first word of "version.txt" in the working directory, else

@@ -28,7 +28,7 @@
  * <b>Reports.</b> completed() is emitted exactly once for every job that was started, whatever became of the
  * child: an exit code, a crash, a failed start. Connect to it before the start: a start can fail at once.
  * Only two things end without a report: a remote syncFile() with an empty host name, and the destruction of
- * the job.
+ * the job. A second start of a job is refused with a warning.
  *
  * <b>Stopping a job.</b> Delete it. A running child is killed and reaped by the destructor, so that none
  * outlives its job; what the child itself has started, such as the command at the far end of an ssh, may go

@@ -20,8 +20,8 @@
  *
  * @code
  * const QUrl login = OXUrls::url(QStringLiteral("account"), QStringLiteral("v1/login"), true);
- * const int limit = OXUrls::instance()->dataValue(QStringLiteral("account"),
- * QStringLiteral("limit")).toInt();
+ * OXUrls *const urls = OXUrls::instance();
+ * const int limit = urls->dataValue(QStringLiteral("account"), QStringLiteral("limit")).toInt();
  * @endcode
  *
  * The document; all keys are case-sensitive, and further keys are carried along for urlInfo():
