@@ -69,11 +69,13 @@ public:
     /// Restores the previous message handler, closes the log file and releases the settings.
     ~AppConfig() override;
 
-    // ---- start-up
-
     /**
      * Starts the executable up: identity, logging filter, command line, directories, settings, network,
-     * service URLs.
+     * service URLs, in this order. @ref md_docs_architecture "docs/architecture.md" lists every step.
+     *
+     * The application object must exist. Nothing makes the start-up fail: a log file that cannot be opened is
+     * reported on standard error, a service table that cannot be read by a warning of OXUrls, and a directory
+     * or settings file that cannot be made is left to whoever uses it.
      *
      * May be called again; the settings object is then replaced.
      * @param applicationName goes into the name of the settings file
@@ -85,14 +87,41 @@ public:
 
     /**
      * Applies the built-in options; part of initialize().
+     *
+     * The options that set a directory are listed with the directories. The others:
+     *
+     * | option | effect |
+     * |---|---|
+     * | "--logoutput" file | appends every message to the file, see logOutputFile |
+     * | "--null" | prints no message on the console, see nullOutput |
+     * | "--nodebug" | standard streams become the null device; nothing is printed or logged any more |
+     * | "--disablestamps" | messages start without the time, in the log file, too |
+     * | "--debugLevel" number | sets DebugInfoEnterExit::debugLevel, to 0 by what is no number |
+     * | "--redirectoutput" file | appends standard output and standard error to the file |
+     * | "--disablecrashdump" | sets disableCrashHandler |
+     * | "--version" | prints the application's name and version, then initialize() returns true |
+     * | "--systemversion" | prints systemVersion(), then initialize() returns true |
+     * | "--help" | prints the versions and all options, then initialize() returns true |
+     * | "--hxcomtrace" | none here: the application's device communication asks for it |
+     * | "--factorydatapath" directory | none |
+     *
      * @return true when help or a version was printed and the process is to end
      */
     bool parseApplicationArgs();
 
-    /// Registers an option of the application. The texts are not copied and must live as long as the process.
+    /**
+     * Registers an option of the application; call it before initialize(), which prints the help. The texts
+     * are not copied and must live as long as the process.
+     * @param name the option with its leading "--"; of a name that is registered twice, or is built in, the
+     *        first registration counts
+     * @param valueCount values that follow: 0 for a flag, 1 or more for as many values, -1 for a variable
+     *        number (see getArgValueCnt())
+     * @param help text for the help printout; null prints "Help not available"
+     */
     void addArgument(const char *name, qint32 valueCount, const char *help);
 
-    // ---- option queries
+    /// @name Option queries
+    /// @{
 
     /// Looks an option up: on the command line first, then in cmdArgs and in the application's own list.
     cmdArgInfo_t getArgInfo(QString name) const;
@@ -101,11 +130,12 @@ public:
      * Fills the value count of a look-up result from the option's description.
      *
      * An option with a variable number of values always yields 0 and so acts as a flag.
+     * @param argument the description of the option
      * @param info a result whose index is that of the option itself
      */
     void getArgValueCnt(const cmdArg_t &argument, cmdArgInfo_t &info) const;
 
-    /// Inserts "--" in front of @p name unless it starts with it already.
+    /// Inserts "--" in front of @p name unless it starts with "--" already.
     void fixArg(QString &name) const;
 
     /**
@@ -130,33 +160,54 @@ public:
     /// Whether the help printout lists the built-in options; true from the start.
     bool showBuiltinHelp = true;
 
-    // ---- directories
+    /// @}
 
-    /// Gives every directory that no option has set its default, and makes the per-user base directory.
+    /**
+     * @name Directories
+     *
+     * Each getter returns the path of a file in a directory; the file need not exist, and an empty name gives
+     * the directory. Each directory is set by an option or has a default. "<base>" in the defaults is the
+     * value of the environment variable APPDATA (as UTF-8; empty if it is not set) followed by
+     * "/Brantel Medical/Olvex"; the other relative defaults start in the working directory.
+     *
+     * The name passes through the local 8-bit encoding: what that cannot hold is lost, and the name ends at
+     * its first NUL. An absolute name is returned unchanged. Relative directories are resolved when the
+     * getter is first used and do not follow a later change of the working directory.
+     *
+     * No getter fails. Where a directory is made when missing, and that is impossible, the path is returned
+     * all the same.
+     * @{
+     */
+
+    /// Gives every directory that no option has set its default, and makes "<base>"; part of initialize().
     void setupConfigPaths();
 
-    // Paths of a file in a directory. The name passes through the local 8-bit encoding: what that cannot hold
-    // is lost, and the name ends at its first NUL. An absolute name is returned unchanged. Relative
-    // directories are resolved when the getter is first used and do not follow a later change of the working
-    // directory.
-
-    static QString tmpPath(const QString &file); ///< In the temporary directory ("--tmppath").
-    static QString confPath(const QString &file); ///< In the configuration directory ("--confpath").
-    static QString sharePath(const QString &file); ///< In the share root ("--sharepath").
-    static QString
-    factoryDataPath(const QString &file); ///< In the factory data ("--datapath", if registered).
-    static QString
-    persistentStoragePath(const QString &file); ///< In the persistent storage ("--persistentpath").
-    static QString binPath(const QString &file); ///< In the binary directory ("--binpath").
-    static QString dravikPath(const QString &file); ///< In the scenario store ("--dravikpath").
-    static QString varPath(const QString &file); ///< In the variable data ("--varpath"), made when missing.
-    static QString
-    varEtcPath(const QString &file); ///< In the variable configuration ("--varetcpath"), made when missing.
-    static QString
-    varLogPath(const QString &file); ///< In the variable log directory ("--varlogpath"), made when missing.
-    static QString soundsPath(const QString &file); ///< In "sounds" of the share root.
-    static QString
-    pluginsPath(const QString &file); ///< In "--pluginpath", else in "plugins" of the share root.
+    /// In the directory for temporary files: "--tmppath", else QDir::tempPath().
+    static QString tmpPath(const QString &file);
+    /// In the configuration directory: "--confpath", else "./data/etc".
+    static QString confPath(const QString &file);
+    /// In the share root: "--sharepath", else ".".
+    static QString sharePath(const QString &file);
+    /// In the factory data: "--datapath" if the application registers it, else "./data".
+    static QString factoryDataPath(const QString &file);
+    /// In the persistent storage: "--persistentpath", else
+    /// "<base>/c:/ccnet/builds/olvex-release/installer/data/persistent".
+    static QString persistentStoragePath(const QString &file);
+    /// In the directory of executables: "--binpath", else ".".
+    static QString binPath(const QString &file);
+    /// In the scenario store: "--dravikpath", else "./var/dravik".
+    static QString dravikPath(const QString &file);
+    /// In the variable data: "--varpath", else "<base>/var"; made when missing.
+    static QString varPath(const QString &file);
+    /// In the variable configuration: "--varetcpath", else "<base>/var/etc"; made when missing.
+    static QString varEtcPath(const QString &file);
+    /// In the variable log directory: "--varlogpath", else "<base>/var/log"; made when missing.
+    static QString varLogPath(const QString &file);
+    /// In "sounds" of the share root.
+    static QString soundsPath(const QString &file);
+    /// In the plug-ins: "--pluginpath", else "plugins" of the share root. A relative option gives a relative
+    /// path.
+    static QString pluginsPath(const QString &file);
 
     /**
      * A file of the user interface.
@@ -171,7 +222,9 @@ public:
     static QString paramterIniPath(); ///< "Parameters.ini" in the configuration directory.
     static QString paramterIniPathTHA(); ///< "Parameters_THA.ini" in the configuration directory.
 
-    // ---- settings
+    /// @}
+    /// @name Settings
+    /// @{
 
     /**
      * The settings file of this executable: "Settings_" + application name + ".ini" in the variable
@@ -179,6 +232,7 @@ public:
      * @param migrate whether to replace it first by a copy of the old common "Settings.ini" when that is
      * newer or this executable has none yet; the old file stays in place. The copy keeps the old file's
      * permissions.
+     * @return the path; the file need not exist
      */
     static QString settingIniPath(bool migrate);
 
@@ -210,11 +264,37 @@ public:
      */
     static bool writeConf(QIODevice &device, const QSettings::SettingsMap &map);
 
-    // ---- logging
+    /// @}
 
-    /// The debug log file, named by "--logoutput". Closed when none was asked for or it could not be opened.
+    /**
+     * @name Logging
+     *
+     * initialize() installs a message handler. It appends each message to logOutputFile and passes it on to
+     * oldMsgHandler, which prints it. Any thread may log. A fatal message is reported in a message box on
+     * Windows, on standard error elsewhere; then exit(-1) is requested, and Qt aborts the process.
+     * @{
+     */
+
+    /**
+     * The debug log file, named by "--logoutput". Closed when none was asked for or it could not be opened.
+     *
+     * A line is the local time, the level (D debug, I info, W warning, C critical, F fatal), the function and
+     * the text, in UTF-8:
+     *
+     *     9:05:07.123 | I | void Player::start(): Scenario loaded
+     *
+     * The file is made when missing, always appended to, and never rotated or bounded. Each line is written
+     * at once and in one piece, whatever other threads do; what cannot be written is lost. A message without
+     * a function name leaves the time and the level only and no line end: compile with QT_MESSAGELOGCONTEXT,
+     * which the CMake package sets.
+     */
     static QFile logOutputFile;
-    /// The message handler before ours; messages are forwarded to it.
+    /**
+     * The message handler before ours, null before initialize(); messages are forwarded to it.
+     *
+     * Qt's own one prints the time, "Warning", "Critical" or "Fatal", the function and the text, separated by
+     * " | "; the environment variable QT_MESSAGE_PATTERN overrides that.
+     */
     static QtMessageHandler oldMsgHandler;
     /// Whether messages are kept from oldMsgHandler; true until the command line was read, then as "--null"
     /// says.
@@ -251,14 +331,18 @@ public:
      *
      * When that fails the stream is closed, and its descriptor is parked on the null device so that no file
      * opened later receives what is written to it.
+     * @param path the file
      * @param mode as for std::freopen
+     * @param stream standard input, output or error
      */
     static void freopenstd(const char *path, const char *mode, std::FILE *stream);
 
     /// Reopens standard input, output and error on "/dev/null" with freopenstd().
     static void redirectStdFilesToNull();
 
-    // ---- exit and signals
+    /// @}
+    /// @name Exit and signals
+    /// @{
 
     /**
      * Asks the event loop to end with @p code; logs and does nothing when the application is closing down
@@ -273,11 +357,12 @@ public:
      * On Windows these are the console's close and break events. On POSIX systems SIGINT, SIGTERM and SIGHUP
      * are forwarded to the main thread's event loop, which emits shutdownRequested() first. Call it on the
      * main thread.
-     * @return whether the handler could be installed
+     * @return whether the handler could be installed; on POSIX systems that needs the application object
      */
     static bool cleanExit();
 
-    /// POSIX: forwards @p signal to the event loop; async-signal-safe. Windows: does nothing.
+    /// POSIX: forwards @p signal to the event loop; async-signal-safe. Windows: does nothing. The other two
+    /// arguments are not used.
     static void signalHandler(int signal, void *info, void *context);
 
     /// POSIX: the socket pair that signalHandler() writes to and the event loop reads from, -1 until
@@ -287,11 +372,15 @@ public:
     /// Always false.
     static bool runAsUser();
 
-    // ---- version
+    /// @}
+    /// @name Version
+    /// @{
 
     static QString version(); ///< The application's version; empty before initialize().
     static QString majorMiniorMicroVersion(); ///< Its first three parts, "1.0.0" when it cannot be parsed.
-    static QString buildStamp(); ///< Date and time of the build, separated by a blank.
+    /// Date and time of the build, separated by a blank, as set by HXCOMMON_BUILD_DATE and
+    /// HXCOMMON_BUILD_TIME when the library was configured.
+    static QString buildStamp();
     static QString versionInfo(); ///< Application name, " Ver. " and version().
     /**
      * The version of the installed system: the first word of "version.txt" in the working directory, else
@@ -300,8 +389,11 @@ public:
      */
     static QString systemVersion();
     static bool isPrototype(); ///< Always true.
-    static QCoreApplication *
-    application(); ///< The application object seen by initialize(), null before that.
+    /// The application object seen by initialize(), null before that; not owned, and dangling once it is
+    /// gone.
+    static QCoreApplication *application();
+
+    /// @}
 
 Q_SIGNALS:
     /// The operating system asks the process to end (POSIX only); AppConfig::exit(0) follows.
@@ -353,7 +445,8 @@ private:
 };
 
 /**
- * Logs "Enter" and "Exit" of a function when its level is at most debugLevel.
+ * Logs "Enter" and "Exit" of a function, as debug messages of the default category, when its level is at most
+ * debugLevel.
  *
  * @code
  * void Player::start()
@@ -363,13 +456,19 @@ private:
  */
 class HXCOMMON_EXPORT DebugInfoEnterExit {
 public:
-    /// @param signature must outlive this object
+    /**
+     * Logs "Enter".
+     * @param signature the name of the function, such as Q_FUNC_INFO; must outlive this object
+     * @param level the least debugLevel that traces the function
+     */
     DebugInfoEnterExit(const char *signature, qint32 level);
+    /// Logs "Exit".
     ~DebugInfoEnterExit();
     DebugInfoEnterExit(const DebugInfoEnterExit &) = delete;
     DebugInfoEnterExit &operator=(const DebugInfoEnterExit &) = delete;
 
-    /// The verbosity: -1 traces nothing, "--debugLevel 1" turns guards of level 1 on.
+    /// The verbosity: -1, which it is initially, traces nothing; "--debugLevel 1" turns guards of level 0 and
+    /// 1 on.
     static qint32 debugLevel;
 
 private:

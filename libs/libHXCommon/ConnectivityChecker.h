@@ -55,9 +55,13 @@ QT_WARNING_DISABLE_DEPRECATED
  */
 class HXCOMMON_EXPORT ConnectivityChecker : public QObject {
     Q_OBJECT
+    /// Whether the service can be reached, as far as the last check tells.
     Q_PROPERTY(ConnectivityStatus status READ status NOTIFY statusChanged)
+    /// The probe URL; useOXUrl() sets it, too.
     Q_PROPERTY(QUrl url READ url WRITE setUrl NOTIFY urlChanged)
+    /// Time limit of one probe in milliseconds.
     Q_PROPERTY(int timeout READ timeout WRITE setTimeout NOTIFY timeoutChanged)
+    /// Milliseconds from the end of a check to the next one; below 1 for none.
     Q_PROPERTY(
         int scheduleTimeout READ scheduleTimeout WRITE setScheduleTimeout NOTIFY scheduleTimeoutChanged)
 

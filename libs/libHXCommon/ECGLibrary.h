@@ -23,7 +23,7 @@
  * @endcode
  *
  * The parameters are a dictionary. A key that has no meaning for a rhythm is not set. Rates are in beats/min,
- * pressures in mmHg.
+ * pressures in mmHg; amplitudes have the unit of the user interface.
  *
  * | key | value | meaning |
  * |---|---|---|
@@ -50,14 +50,23 @@
  */
 class HXCOMMON_EXPORT ECGConfig : public QObject {
     Q_OBJECT
+    /// The rhythm id.
     Q_PROPERTY(int rhythm READ getRhythm CONSTANT)
+    /// Symbolic name of the rhythm; empty if not set.
     Q_PROPERTY(QString rhythmTypeName READ getRhythmTypeName CONSTANT)
+    /// How the rate is chosen, an RC_GUI::RateTypes_t; -1 if not set.
     Q_PROPERTY(int rate_type READ getRateType CONSTANT)
+    /// Lower bound of the rate in beats/min; -1 if not set.
     Q_PROPERTY(int heartrate_min READ getHeartRateMin CONSTANT)
+    /// Upper bound of the rate in beats/min; -1 if not set.
     Q_PROPERTY(int heartrate_max READ getHeartRateMax CONSTANT)
+    /// Proposed rate in beats/min; -1 if not set.
     Q_PROPERTY(int heartrate_default READ getDefaultHeartRate CONSTANT)
+    /// The only rate in beats/min; -1 if not set.
     Q_PROPERTY(int heartrate_fixed READ getFixedHeartRate CONSTANT)
+    /// Highest systolic pressure in mmHg; -1 if not set.
     Q_PROPERTY(int systolic_max READ getSystolicBloodPressureMax CONSTANT)
+    /// Highest diastolic pressure in mmHg; -1 if not set.
     Q_PROPERTY(int diastolic_max READ getDiastolicBloodPressureMax CONSTANT)
 
 public:
@@ -89,22 +98,22 @@ public:
     /// "RateType"; -1 if not set.
     Q_INVOKABLE RC_GUI::RateTypes_t getRateType() const;
 
-    /// "DefaultRate"; -1 if not set.
+    /// "DefaultRate" in beats/min; -1 if not set.
     Q_INVOKABLE int getDefaultHeartRate() const;
 
-    /// "RateMin"; -1 if not set.
+    /// "RateMin" in beats/min; -1 if not set.
     Q_INVOKABLE int getHeartRateMin() const;
 
-    /// "RateMax"; -1 if not set.
+    /// "RateMax" in beats/min; -1 if not set.
     Q_INVOKABLE int getHeartRateMax() const;
 
-    /// "FixedRate"; -1 if not set.
+    /// "FixedRate" in beats/min; -1 if not set.
     Q_INVOKABLE int getFixedHeartRate() const;
 
-    /// "MaxBPSys"; -1 if not set.
+    /// "MaxBPSys" in mmHg; -1 if not set.
     Q_INVOKABLE int getSystolicBloodPressureMax() const;
 
-    /// "MaxBPDia"; -1 if not set.
+    /// "MaxBPDia" in mmHg; -1 if not set.
     Q_INVOKABLE int getDiastolicBloodPressureMax() const;
 
     /**
@@ -150,7 +159,8 @@ private:
  *
  * There is one library per age, built from a fixed table when it is first asked for. The default library is
  * the adults'; the child library is a copy of it; the infant and baby libraries are copies with other bounds
- * of the heart rate for some rhythms. Default rates are the same at every age.
+ * of the heart rate for some rhythms. Default rates are the same at every age. `olvex-doctor --rhythms` lists
+ * the rhythms of an age.
  *
  * A library owns its configurations. Main thread only: building is not guarded by a lock.
  */

@@ -28,7 +28,7 @@
  * <b>Reports.</b> completed() is emitted exactly once for every job that was started, whatever became of the
  * child: an exit code, a crash, a failed start. Connect to it before the start: a start can fail at once.
  * Only two things end without a report: a remote syncFile() with an empty host name, and the destruction of
- * the job.
+ * the job. A second start of a job is refused with a warning.
  *
  * <b>Stopping a job.</b> Delete it. A running child is killed and reaped by the destructor, so that none
  * outlives its job; what the child itself has started, such as the command at the far end of an ssh, may go
@@ -68,26 +68,26 @@ public:
         ErrorSavingLog = -3, ///< For the application: the log could not be saved.
         NoSpaceLeftOnDevice = -2, ///< The command failed and reported a full disk on standard error.
         UnknownError = -1, ///< The command did not start or crashed, or the local copy failed.
-        Success = 0,
-        SyntaxError = 1,
-        ProtocolIncompatibility = 2,
-        ErrorsSelectingFiles = 3,
-        RequestedActionNotSupported = 4,
-        ErrorStartingClientServerProtocol = 5,
-        DaemonUnableToAppendToLogfile = 6,
-        ErrorInSocketIO = 10,
-        ErrorInFileIO = 11,
-        ErrorInRsyncProtocolDataStream = 12,
-        ErrorsWithProgramDiagnostics = 13,
-        ErrorInIPCCode = 14,
-        ReceivedSIGUSR1orSIGINT = 20,
-        SomeErrorReturnedByWaitpid = 21,
-        ErrorAllocatingCoreMemoryBuffers = 22,
-        PartialTransferDueToError = 23,
-        PartialTransferDueToVanishedSourceFiles = 24,
-        MaxDeleteLimitStoppedDeletions = 25,
-        TimeoutInDataSendReceive = 30,
-        TimeoutWaitingForDaemonConnection = 35
+        Success = 0, ///< The command, and the local copy if there was one, succeeded.
+        SyntaxError = 1, ///< rsync: wrong syntax or usage.
+        ProtocolIncompatibility = 2, ///< rsync: the two ends speak different protocols.
+        ErrorsSelectingFiles = 3, ///< rsync: input or output files or directories could not be selected.
+        RequestedActionNotSupported = 4, ///< rsync: the other end or the platform cannot do what was asked.
+        ErrorStartingClientServerProtocol = 5, ///< rsync: the client-server protocol did not start.
+        DaemonUnableToAppendToLogfile = 6, ///< rsync: the daemon cannot write its log.
+        ErrorInSocketIO = 10, ///< rsync: socket error.
+        ErrorInFileIO = 11, ///< rsync: file error.
+        ErrorInRsyncProtocolDataStream = 12, ///< rsync: the data stream broke.
+        ErrorsWithProgramDiagnostics = 13, ///< rsync: diagnostics failed.
+        ErrorInIPCCode = 14, ///< rsync: inter-process communication failed.
+        ReceivedSIGUSR1orSIGINT = 20, ///< rsync: stopped by a signal.
+        SomeErrorReturnedByWaitpid = 21, ///< rsync: waitpid() failed.
+        ErrorAllocatingCoreMemoryBuffers = 22, ///< rsync: out of memory.
+        PartialTransferDueToError = 23, ///< rsync: some files were not transferred, because of an error.
+        PartialTransferDueToVanishedSourceFiles = 24, ///< rsync: some source files vanished meanwhile.
+        MaxDeleteLimitStoppedDeletions = 25, ///< rsync: --max-delete stopped the deletions.
+        TimeoutInDataSendReceive = 30, ///< rsync: --timeout passed without data.
+        TimeoutWaitingForDaemonConnection = 35 ///< rsync: --contimeout passed without a connection.
     };
     Q_ENUM(fileSyncStatus)
 
@@ -105,11 +105,10 @@ public:
      * Runs a command and reports its exit code.
      *
      * With a host it runs there, through ssh (found in PATH) with exactly these arguments: "-o",
-     * "IPQos=0x00",
-     * "-o", "ServerAliveInterval=5", "-o", "StrictHostKeyChecking=no", "-i", the key file, user@host, the
-     * command, and all arguments joined by blanks into one. The key file is "certificates/<user>_rsa" of the
-     * share root, provisioned by others; ssh expands "%", "~" and "${}" in its path. Host keys are accepted
-     * unseen.
+     * "IPQos=0x00", "-o", "ServerAliveInterval=5", "-o", "StrictHostKeyChecking=no", "-i", the key file,
+     * user\@host, the command, and all arguments joined by blanks into one. The key file is
+     * "certificates/<user>_rsa" of the share root, provisioned by others; ssh expands "%", "~" and "${}" in
+     * its path. Host keys are accepted unseen.
      *
      * A user or a remote command that starts with a dash is refused and reported as -1, because ssh would
      * take it for one of its own options, which can name programs to run here.
@@ -129,7 +128,9 @@ public:
      * An empty @p hostName does nothing at all: no process, no copy, no report; the job then stays for its
      * parent or caller to delete.
      * @param command text for the remote shell; see executeCommand()
-     * @param from,to source and target of the local copy
+     * @param from source of the local copy, a regular file
+     * @param to its target, removed first
+     * @param hostName the remote host
      * @param hostFrom whether the transfer comes from the host; only logged
      */
     void syncFile(const QString &command, const QString &from, const QString &to, const QString &hostName,
@@ -140,8 +141,10 @@ public:
      *
      * The target is removed first and then either is a complete copy or does not exist. If it is the source
      * itself, or leads to it, nothing is touched and the copy fails. A missing directory is not made.
-     * @param source a regular file
-     * @param hostName,hostFrom only logged
+     * @param source a regular file; a relative path starts in the working directory of this process
+     * @param target the file to write
+     * @param hostName only logged
+     * @param hostFrom only logged
      */
     void syncFile(const QString &source, const QString &target, const QString &hostName, bool hostFrom);
 

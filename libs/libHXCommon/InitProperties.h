@@ -55,15 +55,16 @@ class QSettings;
  * Nothing is returned. Warnings go to the default log category:
  * - a value that does not fit its property leaves the property as it was, see writeMetaProperties();
  * - a change that cannot be written leaves the file as it was: "Path: ... Failed to write". That happens to
- * files that are read-only or damaged. Damaged is what QSettings would drop or change by writing the file
- * again: lines that are no settings, bytes that are no UTF-8, letters beyond the basic plane. Only clearAll()
- * writes such a file.
+ * files that are read-only, damaged, or kept locked by another process for 30 s. Damaged is what QSettings
+ * would drop or change by writing the file again: lines that are no settings, bytes that are no UTF-8,
+ * letters beyond the basic plane. Only clearAll() writes such a file.
  */
 class HXCOMMON_EXPORT InitProperties {
 public:
     InitProperties() = delete;
 
-    /// Stores the readable properties of @p object in @p group, in the order in which they are declared.
+    /// Stores the readable properties of @p object in @p group, in the order in which they are declared. A
+    /// null object has none; that holds for the functions below, too.
     static void write(const QObject *object, const QString &path, const QString &group);
 
     /// Loads the properties of @p object from @p group; an empty name means the keys above the first group.
@@ -97,7 +98,7 @@ public:
     /// not touched.
     static void removeGroup(const QString &path, const QString &group);
 
-    /// Removes all keys of a file, which is left empty.
+    /// Removes all keys of a file, which is left empty. A file without keys is not touched, nor made.
     static void clearAll(const QString &path);
 };
 

@@ -38,6 +38,7 @@ public:
     static NetworkReplyTimeout *set(QNetworkReply *reply, int timeout);
 
 protected:
+    /// Ends the reply when the time is over.
     void timerEvent(QTimerEvent *event) override;
 
 private:

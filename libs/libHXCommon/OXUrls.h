@@ -15,12 +15,13 @@
  * The addresses come from a JSON document, "OlvexUrls.json" in the configuration directory. Two selectors,
  * the environment (which deployment) and the region, pick the entry in force; callers ask for a service by
  * its target name. AppConfig::initialize() loads the document and sets the selectors from the settings
- * "System/Environment" and "System/Region".
+ * "System/Environment" and "System/Region". A missing setting is an empty text: every look-up then falls back
+ * to DefaultEnvironment, and there is no region.
  *
  * @code
  * const QUrl login = OXUrls::url(QStringLiteral("account"), QStringLiteral("v1/login"), true);
- * const int limit = OXUrls::instance()->dataValue(QStringLiteral("account"),
- * QStringLiteral("limit")).toInt();
+ * OXUrls *const urls = OXUrls::instance();
+ * const int limit = urls->dataValue(QStringLiteral("account"), QStringLiteral("limit")).toInt();
  * @endcode
  *
  * The document; all keys are case-sensitive, and further keys are carried along for urlInfo():
@@ -49,7 +50,9 @@
  */
 class HXCOMMON_EXPORT OXUrls : public QObject {
     Q_OBJECT
+    /// Name of the environment in force.
     Q_PROPERTY(QString environment READ environment WRITE setEnvironment NOTIFY environmentChanged)
+    /// Name of the region in force; empty for none.
     Q_PROPERTY(QString region READ region WRITE setRegion NOTIFY regionChanged)
 
 public:
@@ -112,6 +115,7 @@ public:
      *
      * A script can leave off trailing arguments, but cannot make a QUrlQuery: the four-argument form is of
      * use to C++ only.
+     * @param target name of the service; an unknown one has an empty base address
      * @param path appended to the path of the base address, behind a "/" unless it starts with one, in
      *     decoded form: "?" and "%" are characters of the path. The end of the base path is not looked at: a
      *     base "/base/" and a path "api" give "/base//api". A "%2F" in the base path becomes a "/".

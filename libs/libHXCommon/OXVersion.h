@@ -76,7 +76,8 @@ public:
     bool valid = false; ///< See isValid().
 };
 
-/// Prints OXVersion("1.2.3.0").
+/// Prints OXVersion("1.2.3.0"), with the text of OXVersion::toString() between the parentheses.
+/// @relates OXVersion
 HXCOMMON_EXPORT QDebug operator<<(QDebug debug, const OXVersion &version);
 
 Q_DECLARE_METATYPE(OXVersion)

@@ -34,6 +34,7 @@ class HXCOMMON_EXPORT PausingTimer : public QObject {
     Q_OBJECT
 
 public:
+    /// A stopped timer with the period 0.
     explicit PausingTimer(QObject *parent = nullptr);
 
     /**

@@ -8,6 +8,16 @@
 #include <QObject>
 
 /**
+ * @file
+ * Identification of devices and the display names of manikin types.
+ */
+
+/**
+ * @namespace BM_HXCommon
+ * Holds Product.
+ */
+
+/**
  * Identification of devices: what they report over USB and Bluetooth, and which product a manikin is.
  *
  * Scripts write `Product.PRODUCT_UNKNOWN` once the application has registered the meta-object with
@@ -85,7 +95,7 @@ enum manufacturerProductId_t : int {
 Q_ENUM_NS(manufacturerProductId_t)
 
 /// Product (manufacturerProductId_t) of each manikin type; filled when the library is loaded. Some manikin
-/// types have a name but no product.
+/// types have a name but no product. `olvex-doctor --products` lists all types.
 extern HXCOMMON_EXPORT const QMap<int, int> ManikinProductTypeMap;
 } // namespace BM_HXCommon::Product
 

@@ -54,7 +54,8 @@ public:
     ~RunGuard() override;
 
     /**
-     * Tries to become the running instance; call it once per guard.
+     * Tries to become the running instance; call it once per guard. It may wait while another process is
+     * starting.
      * @return true if this process may run, until the guard is destroyed; false if another guard with this
      * name holds the claim, in this process or in another, and also if this guard itself holds it already
      */

@@ -26,6 +26,7 @@ class QThread;
  */
 class HXCOMMON_EXPORT HXAtomicLock {
 public:
+    /// A free lock.
     HXAtomicLock() = default;
     HXAtomicLock(const HXAtomicLock &) = delete;
     HXAtomicLock &operator=(const HXAtomicLock &) = delete;
@@ -73,7 +74,8 @@ private:
  */
 class HXCOMMON_EXPORT HXSpinLocker {
 public:
-    /// Acquires @p lock, which must outlive this object. The texts are those of HXAtomicLock::lock().
+    /// Acquires @p lock, which is not null and must outlive this object. The texts are those of
+    /// HXAtomicLock::lock().
     HXSpinLocker(HXAtomicLock *lock, const char *function, const char *info)
         : m_lock(lock), m_locked(false), m_function(function), m_info(info)
     {

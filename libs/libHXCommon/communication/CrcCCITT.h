@@ -3,6 +3,7 @@
 
 #include <communication/CommunicationExport.h>
 
+/// The device link: framing of messages on a byte stream, with the standard library alone.
 namespace Communication {
 
 /**
