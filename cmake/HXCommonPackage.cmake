@@ -27,8 +27,8 @@ foreach(targets HXCommonTargets HXCommonCommunicationTargets)
   export(EXPORT ${targets} NAMESPACE HXCommon:: FILE ${PROJECT_BINARY_DIR}/${targets}.cmake)
 endforeach()
 
-# install_pkgconfig(<target> <module> NAME <name> DESCRIPTION <text> [REQUIRES <modules>] [CFLAGS <flags>])
-function(install_pkgconfig target module)
+# hxcommon_install_pkgconfig(<target> <module> NAME <name> DESCRIPTION <text> [REQUIRES <modules>] [CFLAGS <flags>])
+function(hxcommon_install_pkgconfig target module)
   cmake_parse_arguments(PARSE_ARGV 2 arg "" "NAME;DESCRIPTION;REQUIRES;CFLAGS" "")
   set(directory ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig)
   set(prefix ${CMAKE_INSTALL_PREFIX})
@@ -49,10 +49,10 @@ get_target_property(qt_options Qt5::Core INTERFACE_COMPILE_OPTIONS)
 if(NOT qt_options)
   set(qt_options "")
 endif()
-install_pkgconfig(HXCommon hxcommon
+hxcommon_install_pkgconfig(HXCommon hxcommon
   NAME HXCommon DESCRIPTION "${PROJECT_DESCRIPTION}"
   REQUIRES "${qt_requirements}" CFLAGS "${qt_options}")
-install_pkgconfig(HXCommonCommunication hxcommon-communication
+hxcommon_install_pkgconfig(HXCommonCommunication hxcommon-communication
   NAME "HXCommon communication" DESCRIPTION "Framing of messages on a manikin's byte stream, without Qt")
 
 install(FILES ${PROJECT_SOURCE_DIR}/libs/libHXCommon/hxcommon.categories
