@@ -65,6 +65,8 @@ const struct {
      "[System]\nEnvironment=moon\n"},
     {"--sharepath .", 1, "! The settings file * is damaged: what cannot be read has its default.",
      "\x01[[=\n[x\n"},
+    {"--binpath .", 1, "! The settings file * is damaged: what cannot be read has its default.",
+     "[System]\nRegion\n"},
     {"--json", 1, "*The service table * is damaged at byte 1: *", "", "{"},
     {"--confpath data/etc", 1, "! The service table * names no environment.", "", "[]"},
     {"--datapath data", 1, "! The service \"a\" has no usable URL.", "",

@@ -117,7 +117,9 @@ bool isDamaged(const QString &path)
     QTemporaryFile copy;
     if (!copy.open() || copy.write(contents(path)) == -1 || !copy.flush())
         return false;
-    return QSettings(copy.fileName(), QSettings::IniFormat).status() == QSettings::FormatError;
+    const QSettings settings(copy.fileName(), QSettings::IniFormat);
+    settings.allKeys(); // reads the sections; until then only the headings were looked at
+    return settings.status() == QSettings::FormatError;
 }
 
 Table settings(QStringList &problems)
