@@ -18,11 +18,6 @@
 
 namespace {
 
-void exitWhileClosingDown()
-{
-    QObject::connect(qApp, &QObject::destroyed, [] { AppConfig::exit(9); });
-}
-
 // After a failed redirection, what is written to the descriptor must not land in the next file opened.
 void writeToDescriptor()
 {
@@ -51,7 +46,8 @@ const std::map<QString, void (*)()> actions = {
     {QString(), [] {}},
     {QStringLiteral("warn"), [] { qWarning("a warning"); }},
     {QStringLiteral("fatal"), [] { qFatal("the end"); }},
-    {QStringLiteral("late-exit"), exitWhileClosingDown},
+    {QStringLiteral("late-exit"),
+     [] { QObject::connect(qApp, &QObject::destroyed, [] { AppConfig::exit(9); }); }},
     {QStringLiteral("descriptor"), writeToDescriptor},
     {QStringLiteral("console-event"), raiseConsoleEvent},
 };
