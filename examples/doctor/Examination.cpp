@@ -1,8 +1,8 @@
 #include "Examination.h"
 
+#include "OptionValue.h"
 #include "ServiceTable.h"
 
-#include <AppConfig.h>
 #include <OXUrls.h>
 
 #include <QCoreApplication>
@@ -187,7 +187,8 @@ Table categories()
 
 Table log(QStringList &problems)
 {
-    const QString path = AppConfig::logOutputFile.fileName();
+    // By the option: on Windows the open file has lost its name.
+    const QString path = optionValue("--logoutput");
     const bool open = AppConfig::logOutputFile.isOpen();
     if (!path.isEmpty() && !open)
         problems << text("The log file %1 cannot be written: %2.")
