@@ -4,6 +4,7 @@
 #include <AppConfig.h>
 
 #include <QCoreApplication>
+#include <QDebug>
 #include <QThread>
 #include <QTimer>
 
@@ -17,6 +18,35 @@
 #endif
 
 namespace {
+
+// --name: the option. Prints its index, its number of values, its value (or "d"), its number (or 5) and all
+// values.
+void lookOptionUp()
+{
+    const AppConfig &config = *AppConfig::instance();
+    const QString option = config.argumentValue(QStringLiteral("name"), QString());
+    const AppConfig::cmdArgInfo_t info = config.getArgInfo(option);
+    QString found;
+    QDebug(&found).noquote() << info.index << info.valueCount
+                             << config.argumentValue(option, QStringLiteral("d"))
+                             << config.argumentValue(option, 5) << config.argumentValues(option);
+    std::puts(qPrintable(found));
+}
+
+void printPaths()
+{
+    const QString f = QStringLiteral("f");
+    for (QString path :
+         {AppConfig::tmpPath(f), AppConfig::confPath(f), AppConfig::sharePath(f),
+          AppConfig::factoryDataPath(f), AppConfig::persistentStoragePath(f), AppConfig::binPath(f),
+          AppConfig::dravikPath(f), AppConfig::varPath(f), AppConfig::varEtcPath(f), AppConfig::varLogPath(f),
+          AppConfig::soundsPath(f), AppConfig::pluginsPath(f), AppConfig::qmlLocalPath(f),
+          AppConfig::sysInfoPath(), AppConfig::ioMapIniPath(), AppConfig::guidelinesIniPath(),
+          AppConfig::paramterIniPath(), AppConfig::paramterIniPathTHA(), AppConfig::settingIniPath(false)}) {
+        path.replace(QDir::currentPath(), QStringLiteral("HERE"));
+        std::puts(qPrintable(path.replace(QDir::tempPath(), QStringLiteral("TMP"))));
+    }
+}
 
 // After a failed redirection, what is written to the descriptor must not land in the next file opened.
 void writeToDescriptor()
@@ -44,6 +74,8 @@ void raiseConsoleEvent()
 
 const std::map<QString, void (*)()> actions = {
     {QString(), [] {}},
+    {QStringLiteral("look-up"), lookOptionUp},
+    {QStringLiteral("paths"), printPaths},
     {QStringLiteral("warn"), [] { qWarning("a warning"); }},
     {QStringLiteral("fatal"), [] { qFatal("the end"); }},
     {QStringLiteral("late-exit"),
@@ -60,7 +92,10 @@ int main(int argc, char **argv)
     const QCoreApplication application(argc, argv);
     AppConfig &config = *AppConfig::instance();
     config.addArgument("--do", 1, "<word> Says what to do");
-    config.addArgument("--plain", 0, nullptr);
+    config.addArgument("--name", 1, "<option> Says which option to look up");
+    config.addArgument("--pair", 2, "<a> <b> Takes two values");
+    config.addArgument("--many", -1, nullptr);
+    config.addArgument("--tmppath", 0, "Loses against the built-in option");
     config.showBuiltinHelp = !AppConfig::argumentExits(QStringLiteral("plain"));
     if (!config.initialize(QStringLiteral("probe"), QStringLiteral("1.2.3.4")))
         actions.at(config.argumentValue(QStringLiteral("do"), QString()))();
