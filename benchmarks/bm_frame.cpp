@@ -1,5 +1,4 @@
-// The application frame: start-up, option queries, the log file and the lock around the stopwatch, each
-// beside a peer.
+// The application frame: start-up, option queries and the log file, each beside a peer.
 //
 // Every run has its own time zone setting: with TZ unset each local QDateTime looks at the time zone file,
 // which is the usual case on a tablet.
@@ -9,15 +8,12 @@
 #include <QCoreApplication>
 #include <QJsonDocument>
 #include <QLoggingCategory>
-#include <QMutex>
 #include <QNetworkConfigurationManager>
 #include <QTemporaryDir>
 
 #include <benchmark/benchmark.h>
 #include <spdlog/sinks/basic_file_sink.h>
 #include <spdlog/spdlog.h>
-
-#include <mutex>
 
 QT_WARNING_DISABLE_DEPRECATED // the network-configuration classes, which the library uses, too
 
@@ -87,30 +83,6 @@ void peerSpdlog(benchmark::State &state)
     spdlog::drop_all();
 }
 BENCHMARK(peerSpdlog);
-
-void lockHXSpinLocker(benchmark::State &state)
-{
-    static HXAtomicLock lock;
-    for (auto _ : state)
-        const HXSpinLocker locker(&lock, Q_FUNC_INFO, "");
-}
-BENCHMARK(lockHXSpinLocker);
-
-void peerQRecursiveMutex(benchmark::State &state)
-{
-    static QRecursiveMutex mutex;
-    for (auto _ : state)
-        const QMutexLocker locker(&mutex);
-}
-BENCHMARK(peerQRecursiveMutex);
-
-void peerStdRecursiveMutex(benchmark::State &state)
-{
-    static std::recursive_mutex mutex;
-    for (auto _ : state)
-        const std::lock_guard<std::recursive_mutex> guard(mutex);
-}
-BENCHMARK(peerStdRecursiveMutex);
 
 } // namespace
 

@@ -1,20 +1,24 @@
-// What AppConfig answers inside a process. Start-up as a whole is the matter of tst_AppConfigProcess.
+// What AppConfig does and answers inside a process that starts it up again and again. What a process shows to
+// the outside is the matter of tst_AppConfigProcess.
 
 #include <AppConfig.h>
 #include <OXVersion.h>
+#include <platform/Platform.h>
 
-#include <QBuffer>
+#include "Cases.h"
+
+#include <QTemporaryDir>
 #include <QTextCodec>
-#include <QtTest>
 
 #include <algorithm>
+#include <csignal>
 #include <thread>
 
 namespace {
 
 // The argument list behind QCoreApplication::arguments(), which reads it again on every call.
 int argumentCount = 1;
-char *argumentVector[16] = {};
+char *argumentVector[70000] = {};
 QVector<QByteArray> argumentTexts;
 
 void setCommandLine(const QByteArray &arguments)
@@ -22,12 +26,41 @@ void setCommandLine(const QByteArray &arguments)
     argumentTexts = ("program " + arguments).trimmed().split(' ').toVector();
     argumentCount = argumentTexts.size();
     std::transform(argumentTexts.begin(), argumentTexts.end(), argumentVector,
-                   [](QByteArray &text) { return text.data(); });
+                   [](QByteArray &argument) { return argument.data(); });
+}
+
+// Returns whether the process should go on.
+bool start(const QByteArray &arguments)
+{
+    setCommandLine(arguments);
+    return !AppConfig::instance()->initialize(QStringLiteral("test"), QStringLiteral("1.2.3.4"));
 }
 
 QString text(const char *utf8)
 {
     return QString::fromUtf8(utf8);
+}
+
+// With all messages, and no others, in my.log.
+bool startQuietly(const QByteArray &arguments = QByteArray())
+{
+    AppConfig::logOutputFile.close();
+    QFile::remove(text("my.log"));
+    return start("--null --disablestamps --logoutput my.log " + arguments);
+}
+
+QByteArray readFile(const char *path)
+{
+    QFile file(text(path));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no file");
+}
+
+bool writeFile(const QByteArray &path, const QByteArray &contents, int ageInSeconds = 0)
+{
+    QFile file(text(path));
+    const QDateTime time = QDateTime::currentDateTime().addSecs(-ageInSeconds);
+    return file.open(QIODevice::WriteOnly) && file.write(contents) == contents.size() && file.flush()
+        && file.setFileTime(time, QFileDevice::FileModificationTime);
 }
 
 } // namespace
@@ -36,126 +69,119 @@ class tst_AppConfig : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void looksOptionsUp();
-    void countsValuesOfOddPositions();
-    void readsConf();
-    void writesConf();
-    void opensIoMap();
-    void testsSettings();
+    void initTestCase();
+    void readsOptions();
+    void resolvesPaths();
+    void migratesSettings();
+    void opensSettings();
+    void survivesBadInput();
     void tellsVersions();
-    void tellsFixedFacts();
-    void keepsSystemVersion();
-    void resolvesOddFileNames();
+    void logsToFile();
+    void logsEveryLineOfManyThreads();
+    void exits();
+    void endsOnSignal();
+
+private:
+    QTemporaryDir m_sandbox; // the working directory
 };
 
-void tst_AppConfig::looksOptionsUp()
+// What holds before and right after the first start.
+void tst_AppConfig::initTestCase()
+{
+    QVERIFY(QDir::setCurrent(m_sandbox.path()));
+    qputenv("APPDATA", "user");
+    QVERIFY(AppConfig::version().isEmpty() && !AppConfig::application() && AppConfig::elapsedTime() == 0);
+    QCOMPARE(DebugInfoEnterExit::debugLevel, -1);
+    AppConfig *other = nullptr;
+    std::thread([&other] { other = AppConfig::Instance(); }).join();
+    QCOMPARE(other, AppConfig::instance());
+
+    // Two texts, because the library tells categories of one name apart by the address of the name.
+    static const char names[][25] = {"Olvex.NetworkControl.Qml", "Olvex.NetworkControl.Qml"};
+    const QLoggingCategory early(names[0]);
+    qInstallMessageHandler(nullptr); // that of Qt Test does not outlive the test
+    QVERIFY(early.isDebugEnabled() && startQuietly());
+    const QLoggingCategory late(names[1]);
+    QVERIFY(!early.isDebugEnabled() && !late.isDebugEnabled() && late.isInfoEnabled());
+    QLoggingCategory::setFilterRules(text("Olvex.NetworkControl.Qml.debug=true"));
+    QVERIFY(early.isDebugEnabled() && late.isDebugEnabled());
+
+    QVERIFY(AppConfig::loggingCategoriesFromIndex(0) && !AppConfig::loggingCategoriesFromIndex(-1));
+    QVERIFY(!AppConfig::loggingCategoriesFromIndex(AppConfig::loggingCategories.size()));
+    QVERIFY(AppConfig::elapsedTime() >= 0 && AppConfig::elapsedTimer.isValid());
+    QVERIFY(!AppConfig::elapsedTimerLock.isLocked());
+}
+
+void tst_AppConfig::readsOptions()
+{
+    AppConfig::cmdArgInfo_t outside{9, -1}; // the end of the list ends the count, too
+    AppConfig::instance()->getArgValueCnt({"--many", -1, nullptr}, outside);
+    QCOMPARE(outside.valueCount, 1);
+
+    QVERIFY(start("--null --disablestamps --disablecrashdump --debugLevel 3"));
+    QVERIFY(AppConfig::nullOutput && AppConfig::disableTimestamp && AppConfig::disableCrashHandler);
+    QCOMPARE(DebugInfoEnterExit::debugLevel, 3);
+    QVERIFY(start("--debugLevel --null"));
+    QVERIFY(AppConfig::nullOutput && !AppConfig::disableTimestamp && !AppConfig::disableCrashHandler);
+    QCOMPARE(DebugInfoEnterExit::debugLevel, 0);
+}
+
+void tst_AppConfig::resolvesPaths()
+{
+    QVERIFY(startQuietly());
+    const QDir here = QDir::current();
+    QVERIFY(AppConfig::varLogPath(QString()).endsWith(text("var/log")));
+    QVERIFY(here.exists(text("user/Brantel Medical/Olvex/var/log")));
+    QVERIFY(!AppConfig::factoryDataPath(QString()).isEmpty() && !here.exists(text("data")));
+    QCOMPARE(AppConfig::sharePath(QDir::rootPath()), QDir::rootPath());
+    QCOMPARE(AppConfig::sharePath(text("a") + QChar(0) + text("b")), here.filePath(text("a")));
+    const QString local = QString::fromLocal8Bit(text("日").toLocal8Bit()); // "?" in some code pages
+    QCOMPARE(AppConfig::sharePath(text("日")), here.filePath(local));
+}
+
+void tst_AppConfig::migratesSettings()
 {
     const struct {
-        const char *arguments;
-        const char *option;
-        const char *found; // index; number of values; value, by default "d"; number, by default 5; values
-    } lookUps[] = {
-        {"", "--tmppath", "-1; -1; d; 5; "},
-        {"--tmppath /t", "tmppath", "1; 1; /t; 5; /t"},
-        {"x --tmppath", "--tmppath", "2; 1; d; 5; "}, // one value, which is empty
-        {"--tmppath --null", "--tmppath", "1; 1; --null; 5; --null"},
-        {"--TMPPATH /t", "--tmppath", "-1; -1; d; 5; "},
-        {"--debugLevel 1 --debugLevel 2", "--debugLevel", "1; 1; 1; 1; 1"},
-        {"--debugLevel abc", "debugLevel", "1; 1; abc; 5; abc"},
-        {"--debugLevel 2147483648", "debugLevel", "1; 1; 2147483648; 5; 2147483648"},
-        {"--debugLevel -7", "debugLevel", "1; 1; -7; -7; -7"},
-        {"--null 7", "null", "1; 0; d; 5; "},
-        {"--unknown 7", "unknown", "1; -1; d; 5; "},
-        {"--datapath /d", "datapath", "1; -1; d; 5; "},
-        {"--pair 7 8 9", "pair", "1; 2; 7; 7; 7|8"},
-        {"--pair 7", "pair", "1; 2; 7; 7; 7|"},
-        {"--many 7 8", "many", "1; 0; d; 5; "}, // a variable number always counts 0
-        {"--help 7", "help", "1; 0; d; 5; "},
-        {"---x 7", "-x", "1; -1; d; 5; "},
-        {"-- 7", "", "1; -1; d; 5; "},
-        {"", "program", "-1; -1; d; 5; "},
+        int ownAge, oldAge; // in seconds; 0: no file
+        const char *result;
+    } migrations[] = {
+        {100, 50, "old, logged"}, {10, 50, "own"}, {0, 50, "old, logged"}, {10, 0, "own"}, {0, 0, ", logged"},
     };
-    AppConfig &config = *AppConfig::instance();
-    config.addArgument("--pair", 2, "two values");
-    config.addArgument("--many", -1, "any number of values");
-    config.addArgument("--help", 5, "loses against the built-in option");
-    for (const auto &c : lookUps) {
-        setCommandLine(c.arguments);
-        const QString option = text(c.option);
-        const AppConfig::cmdArgInfo_t info = config.getArgInfo(option);
-        const QStringList found = {QString::number(info.index), QString::number(info.valueCount),
-                                   config.argumentValue(option, text("d")),
-                                   QString::number(config.argumentValue(option, 5)),
-                                   config.argumentValues(option).join(QLatin1Char('|'))};
-        QCOMPARE(found.join(text("; ")), text(c.found));
-        QCOMPARE(AppConfig::argumentExits(option), info.index != -1);
+    for (const auto &c : migrations) {
+        const QByteArray etc = "etc" + QByteArray::number(int(&c - migrations));
+        QVERIFY(QDir().mkdir(text(etc)));
+        QVERIFY(!c.ownAge || writeFile(etc + "/Settings_test.ini", "[System]\nRegion=own", c.ownAge));
+        QVERIFY(!c.oldAge || writeFile(etc + "/Settings.ini", "[System]\nRegion=old", c.oldAge));
+        QVERIFY(startQuietly("--varetcpath " + etc));
+        const bool logged = looksLike(readFile("my.log"),
+                                      "*: Using old Settings.ini file, \"Settings_test.ini\" Last modified: "
+                                      "* - \"Settings_test.ini\" last modified: *");
+        QCOMPARE(AppConfig::settings()->value(text("System/Region")).toString()
+                     + text(logged ? ", logged" : ""),
+                 text(c.result));
+        QCOMPARE(QFile::exists(text(etc + "/Settings.ini")), c.oldAge > 0);
     }
 }
 
-// Positions that are not an option's own end the count, too.
-void tst_AppConfig::countsValuesOfOddPositions()
+void tst_AppConfig::opensSettings()
 {
-    setCommandLine("word --many 1 2");
-    const AppConfig::cmdArg_t many{"--many", -1, nullptr};
-    for (const auto &[index, count] : {std::pair(2, 0), std::pair(9, 1), std::pair(1, 0), std::pair(-1, 1)}) {
-        AppConfig::cmdArgInfo_t info{index, -1};
-        AppConfig::instance()->getArgValueCnt(many, info);
-        QCOMPARE(info.valueCount, count);
-    }
-}
+    const QSharedPointer<QSettings> ioMap = AppConfig::ioMapSettings();
+    QVERIFY(ioMap->fileName().endsWith(text("/etc/iomap.conf"))); // behind a drive letter on Windows
+    QCOMPARE(ioMap->iniCodec()->name(), QByteArray("UTF-8"));
+    QVERIFY(ioMap != AppConfig::ioMapSettings());
 
-void tst_AppConfig::readsConf()
-{
-    const struct {
-        QByteArray written;
-        const char *entries; // "key>value" joined by ","
-    } confs[] = {
-        {"", ""},
-        {"a=1\na=2\nb=3", "a>2,b>3"},
-        {"=1\na=\n", ">1,a>"},
-        {"a\n\nb=1=2\nc=3\n", "c>3"},
-        {" a = 1 \r\n", " a > 1 \r"},
-        {"x/y=1\n#c=2\n[g]\n", "#c>2,x/y>1"},
-        {"a=\xfc\n", "a>ü"},
-        {QByteArray("a=1\0x=2\nb=3\n", 12), "a>1,b>3"},
-    };
-    for (const auto &c : confs) {
-        QBuffer buffer;
-        buffer.setData(c.written);
-        QVERIFY(buffer.open(QIODevice::ReadOnly));
-        QSettings::SettingsMap map;
-        QVERIFY(AppConfig::readConf(buffer, map));
-        QStringList entries;
-        for (auto entry = map.cbegin(); entry != map.cend(); ++entry)
-            entries << entry.key() + QLatin1Char('>') + entry.value().toString();
-        QCOMPARE(entries.join(QLatin1Char(',')), text(c.entries));
-    }
-}
+    const char contents[] = "a=1\na=2\nb=\n\nno=1=2\n c = 1 \r\nx/y=1\n#d=2\n[g]\nz=1\0zz=2\nu=\xfc";
+    QVERIFY(writeFile("my.conf", QByteArray(contents, sizeof contents - 1)));
+    QSettings conf(text("my.conf"), ioMap->format());
+    conf.setValue(text("a %2"), text("%1"));
+    conf.setValue(text("none"), QVariant());
+    conf.sync();
+    // In the local encoding, although it is read as Latin-1: other letters change on every rewrite.
+    QCOMPARE(readFile("my.conf"),
+             text(" c = 1 \r\n#d=2\na=2\na %2=%1\nb=\nnone=\nu=ü\nx/y=1\nz=1\n").toLocal8Bit());
 
-// In the local encoding, although it is read as Latin-1: other letters change on every rewrite.
-void tst_AppConfig::writesConf()
-{
-    QBuffer buffer;
-    QVERIFY(buffer.open(QIODevice::WriteOnly));
-    QVERIFY(AppConfig::writeConf(buffer,
-                                 {{text("b"), 2}, {text("a %2"), text("%1 ü")}, {text("c"), QVariant()}}));
-    QCOMPARE(buffer.data(), text("a %2=%1 ü\nb=2\nc=\n").toLocal8Bit());
-}
-
-void tst_AppConfig::opensIoMap()
-{
-    const QSharedPointer<QSettings> first = AppConfig::ioMapSettings();
-    QVERIFY(first->fileName().endsWith(text("/etc/iomap.conf"))); // behind a drive letter on Windows
-    QVERIFY(first->format() >= QSettings::CustomFormat1);
-    QCOMPARE(first->iniCodec()->name(), QByteArray("UTF-8"));
-    QVERIFY(first != AppConfig::ioMapSettings());
-}
-
-void tst_AppConfig::testsSettings()
-{
-    AppConfig::instance()->setupConfigPaths(); // below APPDATA, which belongs to this test
+    QVERIFY(startQuietly("--varetcpath ."));
     const char *const key = "Group/answer";
-    AppConfig::settings()->remove(QString());
     QCOMPARE(AppConfig::testSetting(key, 1), QVariant(1));
     AppConfig::settings()->setValue(text(key), text("two"));
     QCOMPARE(AppConfig::testSetting(key, 1), QVariant(text("two")));
@@ -163,65 +189,144 @@ void tst_AppConfig::testsSettings()
     QCOMPARE(AppConfig::testSetting(key, 1), QVariant(3));
 }
 
+void tst_AppConfig::survivesBadInput()
+{
+    const QByteArray rubbish("\xff\x00[\xfe=\n[[[\x01=\x02\\x]\n%\xf0", 18);
+    QVERIFY(QDir().mkdir(text("bad")) && writeFile("file", rubbish));
+    QVERIFY(writeFile("bad/Settings_test.ini", rubbish) && writeFile("bad/Settings.ini", rubbish));
+    for (const QByteArray &arguments :
+         {QByteArray("--varetcpath bad"), QByteArray("--varetcpath file/x --varlogpath file/x"),
+          QByteArray("--varetcpath a\xff\xc0"), QByteArray("x ").repeated(60000)}) {
+        QVERIFY(startQuietly(arguments));
+        QCOMPARE(AppConfig::settings()->value(text("System/Region")), QVariant());
+    }
+    QCOMPARE(readFile("bad/Settings.ini"), rubbish);
+}
+
 void tst_AppConfig::tellsVersions()
 {
     for (const auto &[version, threeParts] :
          {std::pair("8.0.2.1", "8.0.2"), std::pair("7.1", "7.1"), std::pair("08.00.02.1", "8.0.2"),
-          std::pair("1..2", "1"), std::pair("1.2-beta", "1.2"), std::pair("", "1.0.0"),
-          std::pair("99999999999.1", "1.0.0")}) {
+          std::pair("1..2", "1"), std::pair("1.2-beta", "1.2"), std::pair("99999999999.1", "1.0.0"),
+          std::pair("", "1.0.0")}) {
         QCoreApplication::setApplicationVersion(text(version));
         QCOMPARE(AppConfig::majorMiniorMicroVersion(), text(threeParts));
     }
+    QVERIFY(startQuietly());
+    QCOMPARE(AppConfig::versionInfo(), text("test Ver. 1.2.3.4"));
+    QCOMPARE(AppConfig::buildStamp(), text("Sep 10 2021 12:00:10"));
+    QVERIFY(AppConfig::isPrototype() && !AppConfig::runAsUser() && AppConfig::application() == qApp);
+
+    QVERIFY(writeFile("version.txt", " \n 12.4 and more"));
+    QCOMPARE(AppConfig::systemVersion(), text("12.4"));
+    QVERIFY(QFile::remove(text("version.txt")));
+    QCOMPARE(AppConfig::systemVersion(), text("12.4")); // is kept
+
     const QVariant version = QVariant::fromValue(OXVersion(text("1.2.3")));
     QCOMPARE(version.toString(), text("1.2.3.0"));
     QVERIFY(version.toBool() && !QVariant::fromValue(OXVersion()).toBool());
 }
 
-// Of an AppConfig that was not initialised.
-void tst_AppConfig::tellsFixedFacts()
+void tst_AppConfig::logsToFile()
 {
-    QCOMPARE(AppConfig::buildStamp(), text("Sep 10 2021 12:00:10"));
-    QCOMPARE(AppConfig::version(), QString());
-    QCOMPARE(AppConfig::versionInfo(), text("tst_AppConfig Ver. "));
-    QVERIFY(AppConfig::isPrototype() && !AppConfig::runAsUser() && !AppConfig::application());
-    QCOMPARE(AppConfig::cmdArgs.size(), 23);
-    QCOMPARE(AppConfig::elapsedTime(), qint64(0));
-    QVERIFY(!AppConfig::elapsedTimerLock.isLocked());
-
-    AppConfig *other = nullptr;
-    std::thread([&other] { other = AppConfig::Instance(); }).join();
-    QCOMPARE(other, AppConfig::instance());
+    QVERIFY(startQuietly("--debugLevel 1"));
+    for (const QtMsgType type : {QtDebugMsg, QtInfoMsg, QtWarningMsg, QtCriticalMsg, QtMsgType(7)})
+        qt_message_output(type, QMessageLogContext("file", 1, "f", "category"), text("Grüße"));
+    qt_message_output(QtWarningMsg, QMessageLogContext("file", 1, nullptr, "category"), text("unseen"));
+    {
+        const DebugInfoEnterExit shown("F::m", 1);
+        const DebugInfoEnterExit hidden("F::n", 2);
+    }
+    QVERIFY(start("--null --logoutput my.log"));
+    qInfo("stamped");
+    QVERIFY2(looksLike(readFile("my.log"), R"(*
+ | D | f: Grüße
+ | I | f: Grüße
+ | W | f: Grüße
+ | C | f: Grüße
+ | U | f: Grüße
+ | W |  | D | *DebugInfoEnterExit::log(*: F::m: Enter
+ | D | *DebugInfoEnterExit::log(*: F::m: Exit
+*:??:??.??? | I | *logsToFile(): stamped
+)"),
+             readFile("my.log"));
+    QVERIFY(!readFile("my.log").contains("F::n"));
 }
 
-void tst_AppConfig::keepsSystemVersion()
+void tst_AppConfig::logsEveryLineOfManyThreads()
 {
-    QFile file(text("version.txt"));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(" \n 12.4 and more");
-    file.close();
-    QCOMPARE(AppConfig::systemVersion(), text("12.4"));
-    QVERIFY(file.remove());
-    QCOMPARE(AppConfig::systemVersion(), text("12.4"));
+    if (qEnvironmentVariableIsSet("WINEPREFIX"))
+        QSKIP("Wine finds the end of a file and writes there in two steps; Windows does so in one");
+    QVERIFY(startQuietly());
+    std::thread threads[8];
+    for (std::thread &thread : threads) {
+        thread = std::thread([number = int(&thread - threads)] {
+            for (int i = 0; i < 5000; ++i)
+                qInfo("thread %d line %d end", number, i);
+        });
+    }
+    for (std::thread &thread : threads)
+        thread.join();
+    const QRegularExpression whole(text("^ \\| I \\| [^|]*: thread [0-7] line \\d+ end$"));
+    QStringList lines = text(readFile("my.log")).split(QLatin1Char('\n')).filter(text("thread"));
+    QCOMPARE(lines.removeDuplicates(), 0);
+    QCOMPARE(lines.size(), 8 * 5000);
+    QCOMPARE(lines.filter(whole).size(), 8 * 5000);
 }
 
-void tst_AppConfig::resolvesOddFileNames()
+void tst_AppConfig::exits()
 {
-    const QString share = AppConfig::sharePath(QString());
-    QCOMPARE(AppConfig::sharePath(text("a") + QChar(0) + text("b")), share + text("/a"));
-    const QString absolute = QDir::rootPath() + text("etc/passwd");
-    QCOMPARE(AppConfig::sharePath(absolute), absolute);
+    // Calls the handler itself: behind qFatal(), Qt aborts whatever the handler does.
+    const auto original = platform::showFatalReport;
+    platform::showFatalReport = [](const char *title, const char *message) {
+        qInfo("box %s: %s", title, message);
+        return qstrcmp(message, "shown") == 0 ? 1 : 0;
+    };
+    QVERIFY(startQuietly());
+    const QtMessageHandler handler = qInstallMessageHandler(nullptr);
+    qInstallMessageHandler(handler);
+    QTimer::singleShot(0, [handler] {
+        for (const char *message : {"not shown", "shown"})
+            handler(QtFatalMsg, QMessageLogContext("file", 1, "f", "default"), text(message));
+        AppConfig::exit(7);
+    });
+    QCOMPARE(QCoreApplication::exec(), 7); // the last one wins
+    platform::showFatalReport = original;
+    QVERIFY2(looksLike(readFile("my.log"), R"(*
+ | F | f: not shown
+ | I | *: box Olvex Fatal error: not shown
+ | F | f: shown
+ | I | *: box Olvex Fatal error: shown
+ | I | *: Application exit called with -1
+ | I | *: Application exit called with 7
+)"),
+             readFile("my.log"));
+}
+
+void tst_AppConfig::endsOnSignal()
+{
 #ifdef Q_OS_WIN
-    QCOMPARE(AppConfig::sharePath(text("D:\\a\\b")), text("D:\\a\\b"));
-    QCOMPARE(AppConfig::sharePath(text("日")), share + text("/?")); // not in the code page
+    QSKIP("this system has no POSIX signals");
 #else
-    QCOMPARE(AppConfig::sharePath(text("日")), share + text("/日"));
+    QVERIFY(startQuietly() && AppConfig::cleanExit() && AppConfig::cleanExit());
+    QSignalSpy requests(AppConfig::instance(), &AppConfig::shutdownRequested);
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+        QTimer::singleShot(0, [number] { std::raise(number); });
+        QCOMPARE(QCoreApplication::exec(), 0);
+        QCOMPARE(requests.takeFirst(), QVariantList{number});
+    }
+    errno = 42;
+    for (int i = 0; i < 20000; ++i) // nobody reads them meanwhile
+        AppConfig::signalHandler(SIGTERM, nullptr, nullptr);
+    QCOMPARE(errno, 42);
+    QCOMPARE(QCoreApplication::exec(), 0);
+    QVERIFY(!requests.isEmpty() && requests.size() <= 20000);
 #endif
 }
 
 int main(int argc, char **argv)
 {
     setCommandLine("");
-    QCoreApplication::setApplicationName(QStringLiteral("tst_AppConfig"));
     const QCoreApplication application(argumentCount, argumentVector);
     tst_AppConfig test;
     return QTest::qExec(&test, argc, argv);

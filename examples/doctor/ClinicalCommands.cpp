@@ -1,8 +1,8 @@
 #include "ClinicalCommands.h"
 
+#include "OptionValue.h"
 #include "Report.h"
 
-#include <AppConfig.h>
 #include <ECGLibrary.h>
 #include <Product.h>
 
@@ -18,13 +18,6 @@ QString text(const char *utf8)
 constexpr char notSet[] = "-";
 
 // ---- options ----
-
-// The value behind an option; the next option is none.
-QString optionValue(const char *option, const QString &defaultValue = QString())
-{
-    const QString value = AppConfig::instance()->argumentValue(text(option), defaultValue);
-    return value.startsWith(text("--")) ? defaultValue : value;
-}
 
 QStringList ages()
 {

@@ -1,8 +1,8 @@
 #include "Examination.h"
 
+#include "OptionValue.h"
 #include "ServiceTable.h"
 
-#include <AppConfig.h>
 #include <OXUrls.h>
 
 #include <QCoreApplication>
@@ -120,7 +120,9 @@ bool isDamaged(const QString &path)
     QTemporaryFile copy;
     if (!copy.open() || copy.write(contents(path)) == -1 || !copy.flush())
         return false;
-    return QSettings(copy.fileName(), QSettings::IniFormat).status() == QSettings::FormatError;
+    const QSettings settings(copy.fileName(), QSettings::IniFormat);
+    settings.allKeys(); // reads the sections; until then only the headings were looked at
+    return settings.status() == QSettings::FormatError;
 }
 
 Table settings(QStringList &problems)
@@ -188,7 +190,8 @@ Table categories()
 
 Table log(QStringList &problems)
 {
-    const QString path = AppConfig::logOutputFile.fileName();
+    // By the option: on Windows the open file has lost its name.
+    const QString path = optionValue("--logoutput");
     const bool open = AppConfig::logOutputFile.isOpen();
     if (!path.isEmpty() && !open)
         problems << text("The log file %1 cannot be written: %2.")

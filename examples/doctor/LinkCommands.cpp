@@ -1,8 +1,7 @@
 #include "LinkCommands.h"
 
 #include "CaptureDecoder.h"
-
-#include <AppConfig.h>
+#include "OptionValue.h"
 
 #include <QByteArray>
 #include <QFile>
@@ -17,13 +16,6 @@
 #endif
 
 namespace {
-
-// The value behind an option; the next option is none.
-QString optionValue(const char *option)
-{
-    const QString value = AppConfig::instance()->argumentValue(QString::fromLatin1(option), QString());
-    return value.startsWith(QLatin1String("--")) ? QString() : value;
-}
 
 template <typename... Values> int fail(int status, const char *format, Values... values)
 {

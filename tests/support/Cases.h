@@ -1,6 +1,7 @@
 #ifndef CASES_H
 #define CASES_H
 
+#include <QRegularExpression>
 #include <QtTest>
 
 // A data-driven test over a static table: each row is a struct with the member `name`.
@@ -18,6 +19,19 @@ template <typename Case, std::size_t count> void addCases(const Case (&cases)[co
 template <typename Case, std::size_t count> const Case &currentCase(const Case (&cases)[count])
 {
     return cases[*static_cast<int *>(QTest::qData("index", QMetaType::Int))];
+}
+
+/// Whether all of a text, of one line or many, looks like @p pattern: "*" stands for any characters, "?" for
+/// one.
+inline bool looksLike(const QByteArray &text, const QByteArray &pattern)
+{
+    QString expression = QRegularExpression::escape(QString::fromUtf8(pattern));
+    expression.replace(QLatin1String("\\*"), QLatin1String(".*"))
+        .replace(QLatin1String("\\?"), QLatin1String("."));
+    return QRegularExpression(QRegularExpression::anchoredPattern(expression),
+                              QRegularExpression::DotMatchesEverythingOption)
+        .match(QString::fromUtf8(text))
+        .hasMatch();
 }
 
 #endif

@@ -12,70 +12,44 @@ class LogCapture {
 public:
     LogCapture()
     {
-        self() = this;
+        s_current = this;
         m_previous = qInstallMessageHandler(&LogCapture::handle);
     }
 
-    ~LogCapture()
-    {
-        qInstallMessageHandler(m_previous);
-        self() = nullptr;
-    }
-
+    ~LogCapture() { qInstallMessageHandler(m_previous); }
     LogCapture(const LogCapture &) = delete;
     LogCapture &operator=(const LogCapture &) = delete;
 
     /// The texts of all messages so far, in order.
-    QStringList texts() const
-    {
-        return collect([](const Message &message) { return message.text; });
-    }
+    QStringList texts() const { return copy(m_texts); }
 
     /// All messages so far as "category.level: text", with the levels debug, info, warning, critical.
-    QStringList lines() const
-    {
-        return collect([](const Message &message) {
-            static const char *const levels[] = {"debug", "warning", "critical", "fatal", "info"};
-            return QStringLiteral("%1.%2: %3")
-                .arg(message.category, QLatin1String(levels[message.type]), message.text);
-        });
-    }
+    QStringList lines() const { return copy(m_lines); }
 
     /// Whether the text of some message contains @p fragment.
     bool contains(const QString &fragment) const { return !texts().filter(fragment).isEmpty(); }
 
 private:
-    struct Message {
-        QtMsgType type;
-        QString category;
-        QString text;
-    };
-
-    template <typename Format> QStringList collect(Format format) const
+    QStringList copy(const QStringList &messages) const
     {
         const std::lock_guard<std::mutex> guard(m_mutex);
-        QStringList result;
-        for (const Message &message : m_messages)
-            result << format(message);
-        return result;
-    }
-
-    static LogCapture *&self()
-    {
-        static LogCapture *current = nullptr;
-        return current;
+        return messages;
     }
 
     static void handle(QtMsgType type, const QMessageLogContext &context, const QString &text)
     {
-        LogCapture *const capture = self();
-        const std::lock_guard<std::mutex> guard(capture->m_mutex);
-        capture->m_messages.push_back({type, QString::fromLatin1(context.category), text});
+        static const char *const levels[] = {"debug", "warning", "critical", "fatal", "info"};
+        const std::lock_guard<std::mutex> guard(s_current->m_mutex);
+        s_current->m_texts << text;
+        s_current->m_lines << QStringLiteral("%1.%2: %3")
+                                  .arg(QLatin1String(context.category), QLatin1String(levels[type]), text);
     }
 
+    static inline LogCapture *s_current = nullptr;
     QtMessageHandler m_previous;
     mutable std::mutex m_mutex;
-    QVector<Message> m_messages;
+    QStringList m_texts;
+    QStringList m_lines;
 };
 
 #endif
