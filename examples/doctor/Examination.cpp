@@ -121,7 +121,8 @@ bool isDamaged(const QString &path)
     if (!copy.open() || copy.write(contents(path)) == -1 || !copy.flush())
         return false;
     const QSettings settings(copy.fileName(), QSettings::IniFormat);
-    settings.allKeys(); // reads the sections; until then only the headings were looked at
+    // cppcheck-suppress ignoredReturnValue ; reads the sections; until then only the headings were looked at
+    settings.allKeys();
     return settings.status() == QSettings::FormatError;
 }
 

@@ -13,6 +13,7 @@ public:
     LogCapture()
     {
         s_current = this;
+        // cppcheck-suppress useInitializationList ; the handler needs s_current
         m_previous = qInstallMessageHandler(&LogCapture::handle);
     }
 
