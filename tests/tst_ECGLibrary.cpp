@@ -12,6 +12,8 @@
 #include <QPointer>
 #include <QQmlEngine>
 
+#include <cstdio>
+#include <cstdlib>
 #include <memory>
 
 namespace {
@@ -21,7 +23,6 @@ const struct {
     const char *answers; // "10>20": 10 becomes 20; "62>60(1)": and gives the ratio 1
 } heartRateCases[] = {
     {"{}", "-2147483648>-2147483648"},
-    {R"({"RateType": -1})", "80>80"},
     {R"({"RateType": -2147483648})", "2147483647>2147483647"},
     {R"({"RateType": 0, "RateMin": 20, "RateMax": 200})", "-2147483648>20 10>20 80>80 250>200"},
     {R"({"RateType": 0, "RateMin": 200, "RateMax": 20})", "80>20"},
@@ -35,38 +36,12 @@ const struct {
     {R"({"RateType": 2, "Rates": [75, -2147483648]})", "2147483647>-2147483648"},
     {R"({"RateType": 2, "Rates": ["75", "100"]})", "90>100"},
     {R"({"RateType": 2, "Rates": []})", "80>0"},
-    {R"({"RateType": 2, "Rates": 75})", "80>0"},
     {R"({"RateType": 3, "Ratios": [2, 1, 0], "RatioHR": [50, 60, 65]})", "62>60(1) 55>50(2)"},
     {R"({"RateType": 3, "Ratios": [2, 1, 7], "RatioHR": [50, 60]})", "3>0(7)"},
     {R"({"RateType": 3, "Ratios": [2], "RatioHR": [50, 60]})", "60>50(2)"},
     {R"({"RateType": 3, "Ratios": [], "RatioHR": []})", "80>0(0)"},
     {R"({"RateType": 4})", "80>0"},
 };
-
-// What a script gets from a configuration and from an empty one, by the members of the class in order.
-const char *const members = R"(int rhythm: 166,0
-QString rhythmTypeName: block,
-int rate_type: 3,-1
-int heartrate_min: 50,-1
-int heartrate_max: 65,-1
-int heartrate_default: 60,-1
-int heartrate_fixed: 70,-1
-int systolic_max: 300,-1
-int diastolic_max: 200,-1
-QVariant getParam(QString)
-int getParamValueAsInt(QString)
-QString getRhythmTypeName(): block,
-RC_GUI::RateTypes_t getRateType(): 3,-1
-int getDefaultHeartRate(): 60,-1
-int getHeartRateMin(): 50,-1
-int getHeartRateMax(): 65,-1
-int getFixedHeartRate(): 70,-1
-int getSystolicBloodPressureMax(): 300,-1
-int getDiastolicBloodPressureMax(): 200,-1
-int validateHeartRate(int)
-RC_GUI::AVBlockRatios_t getRatioForHeartRate(int)
-bool canHaveExtrasystoles(): true,false
-bool isExtraSystoleAllowed(RC_GUI::ExtraSystoleTypes_t))";
 
 std::unique_ptr<ECGConfig> configWith(const char *json)
 {
@@ -82,6 +57,22 @@ QString answer(ECGConfig &config, int heartRate)
     const int ratio = config.getRatioForHeartRate(heartRate);
     return QStringLiteral("%1>%2").arg(heartRate).arg(config.validateHeartRate(heartRate))
         + (ratio == -1 ? QString() : QStringLiteral("(%1)").arg(ratio));
+}
+
+// The rhythm and its parameters: "7 RhythmTypeName=sinus ..."
+QByteArray lineOf(const ECGConfig &config)
+{
+    QString line = QString::number(config.getRhythm());
+    for (const char *name : {"RhythmTypeName", "RateType", "DefaultRate", "RateMin", "RateMax", "FixedRate",
+                             "Rates", "DefaultRatio", "Ratios", "RatioTexts", "RatioHR", "DefaultAmplitude",
+                             "AmplitudeMin", "AmplitudeMax", "ExtraSystoles", "MaxBPSys", "MaxBPDia"}) {
+        const QVariant value = config.getParam(QString::fromLatin1(name));
+        const QString text =
+            value.canConvert<QStringList>() ? value.toStringList().join(QLatin1Char(',')) : value.toString();
+        if (value.isValid())
+            line += QStringLiteral(" %1=%2").arg(QLatin1String(name), text);
+    }
+    return line.toLatin1();
 }
 
 ECGConfig *config(const char *age, int rhythm)
@@ -110,6 +101,32 @@ private Q_SLOTS:
 
     void answersScripts()
     {
+        const QMetaObject &meta = ECGConfig::staticMetaObject;
+        QByteArrayList interface, getters;
+        for (int i = meta.propertyOffset(); i < meta.propertyCount(); ++i) {
+            const QMetaProperty p = meta.property(i);
+            QVERIFY(p.isReadable() && p.isConstant() && !p.isWritable() && !p.hasNotifySignal());
+            interface << p.typeName() + QByteArray(" ") + p.name();
+            getters << QByteArray("o.") + p.name();
+        }
+        for (int i = meta.methodOffset(); i < meta.methodCount(); ++i) {
+            const QByteArray signature = meta.method(i).methodSignature();
+            interface << meta.method(i).typeName() + QByteArray(" ") + signature;
+            if (signature.endsWith("()"))
+                getters << "o." + signature;
+        }
+        QCOMPARE(
+            interface.join("; "),
+            QByteArray("int rhythm; QString rhythmTypeName; int rate_type; int heartrate_min; "
+                       "int heartrate_max; int heartrate_default; int heartrate_fixed; int systolic_max; "
+                       "int diastolic_max; QVariant getParam(QString); int getParamValueAsInt(QString); "
+                       "QString getRhythmTypeName(); RC_GUI::RateTypes_t getRateType(); "
+                       "int getDefaultHeartRate(); int getHeartRateMin(); int getHeartRateMax(); "
+                       "int getFixedHeartRate(); int getSystolicBloodPressureMax(); "
+                       "int getDiastolicBloodPressureMax(); int validateHeartRate(int); "
+                       "RC_GUI::AVBlockRatios_t getRatioForHeartRate(int); bool canHaveExtrasystoles(); "
+                       "bool isExtraSystoleAllowed(RC_GUI::ExtraSystoleTypes_t)"));
+
         auto config = configWith(
             R"({"RhythmTypeName": "block", "RateType": 3, "DefaultRate": 60, "RateMin": 50, "RateMax": 65,
                 "FixedRate": 70, "DefaultRatio": 1, "Ratios": [2, 1], "RatioTexts": ["3:2", "4:3"],
@@ -118,35 +135,21 @@ private Q_SLOTS:
         QJSEngine engine;
         engine.globalObject().setProperty(QStringLiteral("c"), engine.newQObject(config.release()));
         engine.globalObject().setProperty(QStringLiteral("empty"), engine.newQObject(new ECGConfig));
-        const auto evaluate = [&engine](const char *script) {
-            return engine.evaluate(QString::fromLatin1(script)).toString();
+        engine.evaluate(QString::fromLatin1("function values(o) { return [" + getters.join(", ") + "] }"));
+        const struct {
+            const char *script, *result;
+        } scripts[] = {
+            {"values(c)", "166,block,3,50,65,60,70,300,200,block,3,60,50,65,70,300,200,true"},
+            {"values(empty)", "0,,-1,-1,-1,-1,-1,-1,-1,,-1,-1,-1,-1,-1,-1,-1,false"},
+            {"[empty.getParam('Rates'), c.getParam('RatioHR')[1] + 1, c.getParam('RatioTexts')]",
+             ",61,3:2,4:3"},
+            {"c.getParamValueAsInt('DefaultRatio')", "1"},
+            {"[c.validateHeartRate(58), c.getRatioForHeartRate(58)]", "60,1"},
+            {"[0, 4, 2, 'x'].map(function(t) { return c.isExtraSystoleAllowed(t) })", "true,true,false,true"},
+            {"[0, 4].map(function(t) { return empty.isExtraSystoleAllowed(t) })", "true,false"},
         };
-        const auto line = [&evaluate](const QByteArray &type, const QByteArray &member) {
-            const bool takesArguments = member.contains('(') && !member.endsWith("()");
-            const QString declaration = QString::fromLatin1(type + ' ' + member);
-            return takesArguments
-                ? declaration
-                : declaration + QLatin1String(": ") + evaluate("[c." + member + ", empty." + member + "]");
-        };
-
-        const QMetaObject &meta = ECGConfig::staticMetaObject;
-        QStringList lines;
-        for (int i = meta.propertyOffset(); i < meta.propertyCount(); ++i) {
-            const QMetaProperty p = meta.property(i);
-            QVERIFY(p.isReadable() && p.isConstant() && !p.isWritable() && !p.hasNotifySignal());
-            lines << line(p.typeName(), p.name());
-        }
-        for (int i = meta.methodOffset(); i < meta.methodCount(); ++i)
-            lines << line(meta.method(i).typeName(), meta.method(i).methodSignature());
-        QCOMPARE(lines, QString::fromLatin1(members).split(QLatin1Char('\n')));
-
-        QCOMPARE(evaluate("[c.getParam('RatioTexts').join('; '), c.getParam('RatioHR')[1] + 1,"
-                          "empty.getParam('Rates'), c.getParamValueAsInt('DefaultRatio'),"
-                          "c.validateHeartRate(58), c.getRatioForHeartRate(58)]"),
-                 QStringLiteral("3:2; 4:3,61,,1,60,1"));
-        QCOMPARE(evaluate("[c, empty].map(function(config) { return [0, 4, 2, 'x'].map(function(type) {"
-                          "return config.isExtraSystoleAllowed(type) }) }).join(' ')"),
-                 QStringLiteral("true,true,false,true true,false,false,true"));
+        for (const auto &c : scripts)
+            QCOMPARE(engine.evaluate(QLatin1String(c.script)).toString(), QLatin1String(c.result));
     }
 
     void copiesAreIndependent()
@@ -191,21 +194,6 @@ private Q_SLOTS:
         QVERIFY(!ECGLibrary::m_ChildECGLibrary && !ECGLibrary::m_InfantECGLibrary);
     }
 
-    void selectsByAge()
-    {
-        QCOMPARE(config("child", 7), ECGLibrary::getChildECGLibrary()->getECGConfig(7));
-        QCOMPARE(config("baby", 7), ECGLibrary::getBabyECGLibrary()->getECGConfig(7));
-        QCOMPARE(config("infant", 7), ECGLibrary::getInfantECGLibrary()->getECGConfig(7));
-
-        auto *added = new ECGConfig;
-        added->setRhythm(1000);
-        ECGLibrary::getDefaultECGLibrary()->insert(added);
-        for (const char *adult : {"default", "adult", "", "Child", "BABY", "infant "})
-            QCOMPARE(config(adult, 1000), added);
-        for (const char *age : {"child", "infant", "baby"})
-            QVERIFY(!config(age, 1000)); // never falls back to the adults'
-    }
-
     void scriptsDeleteNothing()
     {
         const QPointer<ECGLibraries> libraries = &ECGLibraries::Instance();
@@ -226,17 +214,58 @@ private Q_SLOTS:
         QVERIFY(libraries && library && vt && svt);
     }
 
-    void holdsTheRhythmsUntilExit()
+    // All rhythms of the adults, and those of the other ages that differ from them.
+    void holdsTheRhythmsOfAllAges()
     {
-        QFile rhythms(QFINDTESTDATA("data/rhythms.txt"));
-        QVERIFY(rhythms.open(QIODevice::ReadOnly));
-        const ChildResult result = runChild(QStringLiteral(RHYTHM_DUMP_PATH), {}, QDir::currentPath());
+        const ECGLibrary *const adults = ECGLibrary::getDefaultECGLibrary();
+        QByteArrayList lines;
+        const auto list = [&lines, adults](const char *age, const ECGLibrary *library) {
+            connect(library, &QObject::destroyed, [age] { std::fprintf(stderr, "deleted: %s\n", age); });
+            lines << age + (": " + QByteArray::number(library->configs().size())) + " rhythms";
+            for (const ECGConfig *config : library->configs()) {
+                const QByteArray line = lineOf(*config);
+                if (library == adults || line != lineOf(*adults->getECGConfig(config->getRhythm())))
+                    lines << line;
+            }
+        };
+        std::atexit([] { std::fprintf(stderr, ECGLibrary::m_DefaultECGLibrary ? "dangling\n" : "reset\n"); });
+        ECGLibraries::Instance();
+        list("adult", adults);
+        list("child", ECGLibrary::m_ChildECGLibrary);
+        list("infant", ECGLibrary::m_InfantECGLibrary);
+        list("baby", ECGLibrary::m_BabyECGLibrary);
+        QFile table(QFINDTESTDATA("data/rhythms.txt"));
+        QVERIFY(table.open(QIODevice::ReadOnly));
+        QCOMPARE(lines, table.readAll().trimmed().split('\n'));
+    }
+
+    // A process that runs the test above.
+    void deletesTheLibrariesAtExit()
+    {
+        qputenv("QT_FORCE_STDERR_LOGGING", "1"); // Windows: the process has no console
+        const ChildResult result =
+            runChild(QCoreApplication::applicationFilePath(), {QStringLiteral("holdsTheRhythmsOfAllAges")},
+                     QDir::currentPath());
         QVERIFY(!result.crashed && result.exitCode == 0);
-        QCOMPARE(result.out.split('\n'), rhythms.readAll().split('\n'));
         QCOMPARE(
             result.err.simplified(),
-            QByteArray("ECGLibraries cleanup deleted: adult deleted: child deleted: baby deleted: infant "
-                       "pointers: left dangling"));
+            QByteArray(
+                "ECGLibraries cleanup deleted: adult deleted: child deleted: baby deleted: infant dangling"));
+    }
+
+    void selectsByAge()
+    {
+        QCOMPARE(config("child", 7), ECGLibrary::getChildECGLibrary()->getECGConfig(7));
+        QCOMPARE(config("baby", 7), ECGLibrary::getBabyECGLibrary()->getECGConfig(7));
+        QCOMPARE(config("infant", 7), ECGLibrary::getInfantECGLibrary()->getECGConfig(7));
+
+        auto *added = new ECGConfig;
+        added->setRhythm(1000);
+        ECGLibrary::getDefaultECGLibrary()->insert(added);
+        for (const char *adult : {"default", "adult", "", "Child", "BABY", "infant "})
+            QCOMPARE(config(adult, 1000), added);
+        for (const char *age : {"child", "infant", "baby"})
+            QVERIFY(!config(age, 1000)); // never falls back to the adults'
     }
 };
 

@@ -9,50 +9,41 @@
 
 namespace {
 
-// s60000: start with that period; s: start; i50000: set the period; p: pause; r: resume; x: stop;
-// o: wait, without an event loop, until it is overdue; w: wait for a timeout; l: make the next one the last
+// 60000: start with that period; =50000: set the period; a slot; overdue: wait, without an event loop, until
+// it is; timeout: wait for one; last: let the next timeout be the last
 const struct {
     const char *name;
     int period; // that the inner timer runs with; -1: it does not run
 } stepCases[] = {
-    {"p r", -1},
-    {"s", 0},
-    {"i60000 r", -1},
-    {"i60000 s", 60000},
-    {"s60000 s50000", 50000},
-    {"s60000 p s", 60000},
-    {"s60000 p x r", -1},
-    {"s60000 i50000", 50000},
-    {"s60000 p i50000", -1},
-    {"s60000 p i50000 r", 50000},
-    {"s10 o p r", 0},
-    {"s10 o p r w", 10},
-    {"s5 w l w r", -1},
+    {"pause resume", -1},
+    {"start", 0},
+    {"=60000 resume", -1},
+    {"=60000 start", 60000},
+    {"60000 50000", 50000},
+    {"60000 pause start", 60000},
+    {"60000 pause stop resume", -1},
+    {"60000 =50000", 50000},
+    {"60000 pause =50000", -1},
+    {"60000 pause =50000 resume", 50000},
+    {"10 overdue pause resume", 0},
+    {"10 overdue pause resume timeout", 10},
+    {"5 timeout last timeout resume", -1},
 };
 
 void step(PausingTimer &timer, QTimer &inner, const QString &step)
 {
-    const int period = step.midRef(1).toInt();
-    switch (step.at(0).toLatin1()) {
-    case 's':
-        return step.size() > 1 ? timer.start(period) : timer.start();
-    case 'i':
-        return timer.setInterval(period);
-    case 'p':
-        return timer.pause();
-    case 'r':
-        return timer.resume();
-    case 'x':
-        return timer.stop();
-    case 'o':
+    if (step.at(0).isDigit())
+        timer.start(step.toInt());
+    else if (step.startsWith(QLatin1Char('=')))
+        timer.setInterval(step.midRef(1).toInt());
+    else if (step == QLatin1String("overdue"))
         while (inner.remainingTime() > 0) { }
-        return;
-    case 'w':
+    else if (step == QLatin1String("timeout"))
         QVERIFY(QSignalSpy(&timer, &PausingTimer::timeout).wait());
-        return;
-    default:
-        return inner.setSingleShot(true);
-    }
+    else if (step == QLatin1String("last"))
+        inner.setSingleShot(true);
+    else
+        QVERIFY(QMetaObject::invokeMethod(&timer, qPrintable(step)));
 }
 
 } // namespace
