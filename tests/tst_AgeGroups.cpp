@@ -56,13 +56,10 @@ private Q_SLOTS:
         ageLimits.insert(QStringLiteral("e"), QVariant());
         const LogCapture capture;
         AgeGroups::setAgeGroupLimits(ageLimits);
-        QStringList lines = capture.lines();
-        lines.sort();
         const QString message =
             QStringLiteral("Olvex.OXAgeGroups.info: ageLimits contain invalid age limit: QVariant(");
-        QCOMPARE(lines.join(QLatin1Char('\n')).remove(message),
-                 QStringLiteral("Invalid)\nQString, \"abc\")\nQString, \"nan\")\n"
-                                "QVariantList, ())\ndouble, nan)"));
+        QCOMPARE(capture.lines().filter(message).size(), 5);
+        QVERIFY(capture.lines().contains(message + QStringLiteral("QString, \"abc\")")));
         QCOMPARE(AgeGroups::m_sortedAgeGroups.size(), size_t(3));
         QCOMPARE(AgeGroups::m_sortedAgeGroups.begin()->second, QStringLiteral("most"));
         QCOMPARE(AgeGroups::m_sortedAgeGroups.rbegin()->second, QStringLiteral("least"));

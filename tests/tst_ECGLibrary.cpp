@@ -102,31 +102,16 @@ private Q_SLOTS:
     void answersScripts()
     {
         const QMetaObject &meta = ECGConfig::staticMetaObject;
-        QByteArrayList interface, getters;
+        QStringList members; // that need no arguments
         for (int i = meta.propertyOffset(); i < meta.propertyCount(); ++i) {
             const QMetaProperty p = meta.property(i);
             QVERIFY(p.isReadable() && p.isConstant() && !p.isWritable() && !p.hasNotifySignal());
-            interface << p.typeName() + QByteArray(" ") + p.name();
-            getters << QByteArray("o.") + p.name();
+            members << QString::fromLatin1(p.name());
         }
         for (int i = meta.methodOffset(); i < meta.methodCount(); ++i) {
-            const QByteArray signature = meta.method(i).methodSignature();
-            interface << meta.method(i).typeName() + QByteArray(" ") + signature;
-            if (signature.endsWith("()"))
-                getters << "o." + signature;
+            if (meta.method(i).parameterCount() == 0)
+                members << QString::fromLatin1(meta.method(i).methodSignature());
         }
-        QCOMPARE(
-            interface.join("; "),
-            QByteArray("int rhythm; QString rhythmTypeName; int rate_type; int heartrate_min; "
-                       "int heartrate_max; int heartrate_default; int heartrate_fixed; int systolic_max; "
-                       "int diastolic_max; QVariant getParam(QString); int getParamValueAsInt(QString); "
-                       "QString getRhythmTypeName(); RC_GUI::RateTypes_t getRateType(); "
-                       "int getDefaultHeartRate(); int getHeartRateMin(); int getHeartRateMax(); "
-                       "int getFixedHeartRate(); int getSystolicBloodPressureMax(); "
-                       "int getDiastolicBloodPressureMax(); int validateHeartRate(int); "
-                       "RC_GUI::AVBlockRatios_t getRatioForHeartRate(int); bool canHaveExtrasystoles(); "
-                       "bool isExtraSystoleAllowed(RC_GUI::ExtraSystoleTypes_t)"));
-
         auto config = configWith(
             R"({"RhythmTypeName": "block", "RateType": 3, "DefaultRate": 60, "RateMin": 50, "RateMax": 65,
                 "FixedRate": 70, "DefaultRatio": 1, "Ratios": [2, 1], "RatioTexts": ["3:2", "4:3"],
@@ -135,10 +120,9 @@ private Q_SLOTS:
         QJSEngine engine;
         engine.globalObject().setProperty(QStringLiteral("c"), engine.newQObject(config.release()));
         engine.globalObject().setProperty(QStringLiteral("empty"), engine.newQObject(new ECGConfig));
-        engine.evaluate(QString::fromLatin1("function values(o) { return [" + getters.join(", ") + "] }"));
-        const struct {
-            const char *script, *result;
-        } scripts[] = {
+        engine.evaluate(
+            QStringLiteral("function values(o) { return [o.%1] }").arg(members.join(QLatin1String(", o."))));
+        const QPair<const char *, const char *> scripts[] = {
             {"values(c)", "166,block,3,50,65,60,70,300,200,block,3,60,50,65,70,300,200,true"},
             {"values(empty)", "0,,-1,-1,-1,-1,-1,-1,-1,,-1,-1,-1,-1,-1,-1,-1,false"},
             {"[empty.getParam('Rates'), c.getParam('RatioHR')[1] + 1, c.getParam('RatioTexts')]",
@@ -148,8 +132,8 @@ private Q_SLOTS:
             {"[0, 4, 2, 'x'].map(function(t) { return c.isExtraSystoleAllowed(t) })", "true,true,false,true"},
             {"[0, 4].map(function(t) { return empty.isExtraSystoleAllowed(t) })", "true,false"},
         };
-        for (const auto &c : scripts)
-            QCOMPARE(engine.evaluate(QLatin1String(c.script)).toString(), QLatin1String(c.result));
+        for (const auto &[script, result] : scripts)
+            QCOMPARE(engine.evaluate(QLatin1String(script)).toString(), QLatin1String(result));
     }
 
     void copiesAreIndependent()
@@ -184,40 +168,16 @@ private Q_SLOTS:
                      "default.warning: ECGLibrary::insert: there is no configuration to insert")));
     }
 
-    // Before any test that makes ECGLibraries, which builds all of them.
-    void buildsOnDemand()
+    // The first test that needs a library. It lists all rhythms of the adults, and those of the other ages
+    // that differ from them.
+    void holdsTheRhythmsOfAllAges()
     {
         ECGLibrary::cleanup(); // there is nothing to delete yet
         const ECGLibrary *const baby = ECGLibrary::getBabyECGLibrary();
-        QVERIFY(baby == ECGLibrary::m_BabyECGLibrary && baby == ECGLibrary::getBabyECGLibrary());
-        QVERIFY(ECGLibrary::m_DefaultECGLibrary);
-        QVERIFY(!ECGLibrary::m_ChildECGLibrary && !ECGLibrary::m_InfantECGLibrary);
-    }
+        const ECGLibrary *const adults = ECGLibrary::m_DefaultECGLibrary;
+        QVERIFY(baby == ECGLibrary::m_BabyECGLibrary && adults);
+        QVERIFY(!ECGLibrary::m_ChildECGLibrary && !ECGLibrary::m_InfantECGLibrary); // built on demand
 
-    void scriptsDeleteNothing()
-    {
-        const QPointer<ECGLibraries> libraries = &ECGLibraries::Instance();
-        const QPointer<ECGLibrary> library = ECGLibrary::getBabyECGLibrary();
-        const QPointer<ECGConfig> vt = config("baby", 138), svt = config("baby", 181);
-        {
-            QJSEngine engine;
-            engine.globalObject().setProperty(QStringLiteral("libraries"), engine.newQObject(libraries));
-            engine.globalObject().setProperty(QStringLiteral("library"), engine.newQObject(library));
-            const auto result = engine.evaluate(QStringLiteral(
-                "var vt = libraries.getECGConfig('baby', 138);"
-                "var svt = library.getECGConfig(181);"
-                "[vt.heartrate_max, svt.rhythmTypeName, libraries.getECGConfig('baby', 999)].join()"));
-            QCOMPARE(result.toString(), QStringLiteral("320,svt,"));
-            engine.evaluate(QStringLiteral("vt = svt = library = libraries = null"));
-            engine.collectGarbage();
-        }
-        QVERIFY(libraries && library && vt && svt);
-    }
-
-    // All rhythms of the adults, and those of the other ages that differ from them.
-    void holdsTheRhythmsOfAllAges()
-    {
-        const ECGLibrary *const adults = ECGLibrary::getDefaultECGLibrary();
         QByteArrayList lines;
         const auto list = [&lines, adults](const char *age, const ECGLibrary *library) {
             connect(library, &QObject::destroyed, [age] { std::fprintf(stderr, "deleted: %s\n", age); });
@@ -233,7 +193,7 @@ private Q_SLOTS:
         list("adult", adults);
         list("child", ECGLibrary::m_ChildECGLibrary);
         list("infant", ECGLibrary::m_InfantECGLibrary);
-        list("baby", ECGLibrary::m_BabyECGLibrary);
+        list("baby", baby);
         QFile table(QFINDTESTDATA("data/rhythms.txt"));
         QVERIFY(table.open(QIODevice::ReadOnly));
         QCOMPARE(lines, table.readAll().trimmed().split('\n'));
@@ -266,6 +226,26 @@ private Q_SLOTS:
             QCOMPARE(config(adult, 1000), added);
         for (const char *age : {"child", "infant", "baby"})
             QVERIFY(!config(age, 1000)); // never falls back to the adults'
+    }
+
+    void scriptsDeleteNothing()
+    {
+        const QPointer<ECGLibraries> libraries = &ECGLibraries::Instance();
+        const QPointer<ECGLibrary> library = ECGLibrary::getBabyECGLibrary();
+        const QPointer<ECGConfig> vt = config("baby", 138), svt = config("baby", 181);
+        {
+            QJSEngine engine;
+            engine.globalObject().setProperty(QStringLiteral("libraries"), engine.newQObject(libraries));
+            engine.globalObject().setProperty(QStringLiteral("library"), engine.newQObject(library));
+            const auto result = engine.evaluate(QStringLiteral(
+                "var vt = libraries.getECGConfig('baby', 138);"
+                "var svt = library.getECGConfig(181);"
+                "[vt.heartrate_max, svt.rhythmTypeName, libraries.getECGConfig('baby', 999)].join()"));
+            QCOMPARE(result.toString(), QStringLiteral("320,svt,"));
+            engine.evaluate(QStringLiteral("vt = svt = library = libraries = null"));
+            engine.collectGarbage();
+        }
+        QVERIFY(libraries && library && vt && svt);
     }
 };
 

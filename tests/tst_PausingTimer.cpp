@@ -3,7 +3,6 @@
 #include "Cases.h"
 
 #include <QElapsedTimer>
-#include <QMetaMethod>
 #include <QSignalSpy>
 #include <QTimer>
 
@@ -94,16 +93,6 @@ private Q_SLOTS:
         QCOMPARE(inner->interval(), period);
         QVERIFY(timeouts.wait());
         QVERIFY(clock.elapsed() >= remainder + period - 2);
-    }
-
-    void listsItsMethodsInOrder()
-    {
-        const QMetaObject &type = PausingTimer::staticMetaObject;
-        QByteArrayList methods;
-        for (int i = type.methodOffset(); i < type.methodCount(); ++i)
-            methods << type.method(i).methodSignature();
-        QCOMPARE(methods.join(' '),
-                 QByteArray("timeout() start(int) start() pause() resume() stop() onTimeout()"));
     }
 };
 
