@@ -2,7 +2,6 @@
 
 #include "Cases.h"
 #include "ChildProcess.h"
-#include "LogCapture.h"
 
 #include <QDir>
 #include <QJSEngine>
@@ -158,12 +157,9 @@ private Q_SLOTS:
         QCOMPARE(library.configs(), (QMap<int, ECGConfig *>{{-5, config}, {0, config}}));
         QCOMPARE(library.getECGConfig(-5), config);
 
-        const LogCapture capture;
+        QTest::ignoreMessage(QtWarningMsg, "ECGLibrary::insert: there is no configuration to insert");
         library.insert(nullptr);
         QCOMPARE(library.configs().size(), 2);
-        QCOMPARE(capture.lines(),
-                 QStringList(QStringLiteral(
-                     "default.warning: ECGLibrary::insert: there is no configuration to insert")));
     }
 
     // The first test that needs a library. It lists all rhythms of the adults, and those of the other ages
