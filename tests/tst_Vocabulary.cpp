@@ -82,13 +82,13 @@ private Q_SLOTS:
                  text.arg(HXCOMMON_BRANTEL_BLE_ID).arg(HXCOMMON_BRANTEL_USB_ID).split(QLatin1Char('\n')));
     }
 
-    // In QML a type shows only the keys that start with an upper-case letter; this way scripts reach all.
     void reachesScripts()
     {
         QJSEngine engine;
-        engine.globalObject().setProperty(QStringLiteral("BLSService"),
-                                          engine.newQMetaObject(&BLSService::staticMetaObject));
-        QCOMPARE(engine.evaluate(QStringLiteral("BLSService.sessionConfig")).toInt(), 255);
+        for (const QMetaObject *type : vocabulary)
+            engine.globalObject().setProperty(nameOf(*type), engine.newQMetaObject(type));
+        const QString script = QStringLiteral("[BLSService.sessionConfig, Battery.BatteryLevelInvalid] + ''");
+        QCOMPARE(engine.evaluate(script).toString(), QStringLiteral("255,-1"));
     }
 };
 
