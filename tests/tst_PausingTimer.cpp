@@ -9,7 +9,8 @@
 namespace {
 
 // 60000: start with that period; =50000: set the period; a slot; overdue: wait, without an event loop, until
-// it is; timeout: wait for one; last: let the next timeout be the last
+// it is (on Windows after a timeout only: timers start with the event loop); timeout: wait for one; last: let
+// the next timeout be the last
 const struct {
     const char *name;
     int period; // that the inner timer runs with; -1: it does not run
@@ -24,8 +25,8 @@ const struct {
     {"60000 =50000", 50000},
     {"60000 pause =50000", -1},
     {"60000 pause =50000 resume", 50000},
-    {"10 overdue pause resume", 0},
-    {"10 overdue pause resume timeout", 10},
+    {"10 timeout overdue pause resume", 0},
+    {"10 timeout overdue pause resume timeout", 10},
     {"5 timeout last timeout resume", -1},
 };
 
