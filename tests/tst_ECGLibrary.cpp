@@ -1,94 +1,246 @@
 #include <ECGLibrary.h>
 
-#include "LogCapture.h"
+#include "Cases.h"
+#include "ChildProcess.h"
 
+#include <QDir>
 #include <QJSEngine>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QMetaProperty>
 #include <QPointer>
-#include <QtTest>
+#include <QQmlEngine>
 
-// ECGLibraries stays out of this program: it would delete the libraries a second time.
+#include <cstdio>
+#include <memory>
+
+namespace {
+
+const struct {
+    const char *name; // the parameters
+    const char *answers; // "10>20": 10 becomes 20; "62>60(1)": and gives the ratio 1
+} heartRateCases[] = {
+    {"{}", "-2147483648>-2147483648"},
+    {R"({"RateType": -2147483648})", "2147483647>2147483647"},
+    {R"({"RateType": 0, "RateMin": 20, "RateMax": 200})", "-2147483648>20 10>20 80>80 250>200"},
+    {R"({"RateType": 0, "RateMin": 200, "RateMax": 20})", "80>20"},
+    {R"({"RateType": 0})", "80>-1"},
+    {R"({"RateType": 1, "FixedRate": 180})", "80>180"},
+    {R"({"RateType": 1, "FixedRate": "fast"})", "80>-1"},
+    // The nearest, of two the first. Squares from 1000000000 on never win, those beyond 32 bits wrap.
+    {R"({"RateType": 2, "Rates": [75, 100, 150]})", "87>75 88>100 125>100 31772>150 31773>75"},
+    {R"({"RateType": 2, "Rates": [150, 100]})", "125>150"},
+    {R"({"RateType": 2, "Rates": [40, 55, 60]})", "46400>55"},
+    {R"({"RateType": 2, "Rates": [75, -2147483648]})", "2147483647>-2147483648"},
+    {R"({"RateType": 2, "Rates": ["75", "100"]})", "90>100"},
+    {R"({"RateType": 2, "Rates": []})", "80>0"},
+    {R"({"RateType": 3, "Ratios": [2, 1, 0], "RatioHR": [50, 60, 65]})", "62>60(1) 55>50(2)"},
+    {R"({"RateType": 3, "Ratios": [2, 1, 7], "RatioHR": [50, 60]})", "3>0(7)"},
+    {R"({"RateType": 3, "Ratios": [2], "RatioHR": [50, 60]})", "60>50(2)"},
+    {R"({"RateType": 3, "Ratios": [], "RatioHR": []})", "80>0(0)"},
+    {R"({"RateType": 4})", "80>0"},
+};
+
+std::unique_ptr<ECGConfig> configWith(const char *json)
+{
+    auto config = std::make_unique<ECGConfig>(nullptr);
+    const QVariantMap params = QJsonDocument::fromJson(json).object().toVariantMap();
+    for (auto param = params.begin(); param != params.end(); ++param)
+        config->append(param.key(), param.value());
+    return config;
+}
+
+QString answer(ECGConfig &config, int heartRate)
+{
+    const int ratio = config.getRatioForHeartRate(heartRate);
+    return QStringLiteral("%1>%2").arg(heartRate).arg(config.validateHeartRate(heartRate))
+        + (ratio == -1 ? QString() : QStringLiteral("(%1)").arg(ratio));
+}
+
+// The rhythm and its parameters: "7 RhythmTypeName=sinus ..."
+QByteArray lineOf(const ECGConfig &config)
+{
+    QString line = QString::number(config.getRhythm());
+    for (const char *name : {"RhythmTypeName", "RateType", "DefaultRate", "RateMin", "RateMax", "FixedRate",
+                             "Rates", "DefaultRatio", "Ratios", "RatioTexts", "RatioHR", "DefaultAmplitude",
+                             "AmplitudeMin", "AmplitudeMax", "ExtraSystoles", "MaxBPSys", "MaxBPDia"}) {
+        const QVariant value = config.getParam(QString::fromLatin1(name));
+        const QString text =
+            value.canConvert<QStringList>() ? value.toStringList().join(QLatin1Char(',')) : value.toString();
+        if (value.isValid())
+            line += QStringLiteral(" %1=%2").arg(QLatin1String(name), text);
+    }
+    return line.toLatin1();
+}
+
+ECGConfig *config(const char *age, int rhythm)
+{
+    return ECGLibraries::Instance().getECGConfig(QString::fromLatin1(age), rhythm);
+}
+
+} // namespace
+
 class tst_ECGLibrary : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void filesUnderTheIdAtInsertion();
-    void replacesWithoutDeleting();
-    void refusesNull();
-    void surviveScripts();
-    void buildsOnDemand();
-    void cleanupTestCase();
-};
+    void answersHeartRates_data() { addCases(heartRateCases); }
 
-void tst_ECGLibrary::filesUnderTheIdAtInsertion()
-{
-    ECGLibrary library;
-    auto *config = new ECGConfig;
-    config->setRhythm(-5);
-    library.insert(config);
-    config->setRhythm(9);
-    QCOMPARE(library.getECGConfig(-5), config);
-    QVERIFY(!library.getECGConfig(9));
-    library.insert(config); // under two ids, and yet deleted once
-}
-
-void tst_ECGLibrary::replacesWithoutDeleting()
-{
-    ECGConfig replaced;
-    ECGLibrary library;
-    library.insert(&replaced);
-    auto *config = new ECGConfig;
-    library.insert(config);
-    QVERIFY(ECGLibrary::staticMetaObject.indexOfSlot("insert(ECGConfig*)") != -1);
-    QCOMPARE(library.getECGConfig(0), config);
-    QCOMPARE(library.configs().size(), 1);
-}
-
-void tst_ECGLibrary::refusesNull()
-{
-    const LogCapture capture;
-    ECGLibrary library;
-    library.insert(nullptr);
-    QVERIFY(library.configs().isEmpty());
-    QCOMPARE(capture.lines(),
-             QStringList(
-                 QStringLiteral("default.warning: ECGLibrary::insert: there is no configuration to insert")));
-}
-
-void tst_ECGLibrary::surviveScripts()
-{
-    const QPointer<ECGLibrary> library = ECGLibrary::getDefaultECGLibrary();
-    const QPointer<ECGConfig> config = library->getECGConfig(181);
+    void answersHeartRates()
     {
-        QJSEngine engine;
-        engine.globalObject().setProperty(QStringLiteral("library"), engine.newQObject(library));
-        QCOMPARE(engine.evaluate(QStringLiteral("library.getECGConfig(181).rhythmTypeName")).toString(),
-                 QStringLiteral("svt"));
-        engine.evaluate(QStringLiteral("library = null"));
-        engine.collectGarbage();
+        const auto &c = currentCase(heartRateCases);
+        const auto config = configWith(c.name);
+        const QStringList expected = QString::fromLatin1(c.answers).split(QLatin1Char(' '));
+        QStringList answers;
+        for (const QString &text : expected)
+            answers << answer(*config, text.section(QLatin1Char('>'), 0, 0).toInt());
+        QCOMPARE(answers, expected);
     }
-    QVERIFY(library && config);
-}
 
-void tst_ECGLibrary::buildsOnDemand()
-{
-    QVERIFY(!ECGLibrary::m_ChildECGLibrary && !ECGLibrary::m_BabyECGLibrary
-            && !ECGLibrary::m_InfantECGLibrary);
-    ECGLibrary *const baby = ECGLibrary::getBabyECGLibrary();
-    QCOMPARE(baby, ECGLibrary::m_BabyECGLibrary);
-    QCOMPARE(ECGLibrary::getBabyECGLibrary(), baby);
-    QVERIFY(ECGLibrary::m_DefaultECGLibrary);
-    QVERIFY(!ECGLibrary::m_ChildECGLibrary && !ECGLibrary::m_InfantECGLibrary);
-}
+    void answersScripts()
+    {
+        const QMetaObject &meta = ECGConfig::staticMetaObject;
+        for (int i = meta.propertyOffset(); i < meta.propertyCount(); ++i)
+            QVERIFY(meta.property(i).isConstant() && !meta.property(i).isWritable()
+                    && !meta.property(i).hasNotifySignal());
+        auto config = configWith(
+            R"({"RhythmTypeName": "block", "RateType": 3, "DefaultRate": 60, "RateMin": 50, "RateMax": 65,
+                "FixedRate": 70, "DefaultRatio": 1, "Ratios": [2, 1], "RatioTexts": ["3:2", "4:3"],
+                "RatioHR": [50, 60], "ExtraSystoles": [3, 4], "MaxBPSys": 300, "MaxBPDia": 200})");
+        config->setRhythm(166);
+        QJSEngine engine;
+        engine.globalObject().setProperty(QStringLiteral("c"), engine.newQObject(config.release()));
+        engine.globalObject().setProperty(QStringLiteral("empty"), engine.newQObject(new ECGConfig));
+        engine.evaluate(QStringLiteral(
+            "function properties(o) { return [o.rhythm, o.rhythmTypeName, o.rate_type, o.heartrate_min, "
+            "o.heartrate_max, o.heartrate_default, o.heartrate_fixed, o.systolic_max, o.diastolic_max] } "
+            "function answers(o) { return [o.getRhythmTypeName(), o.getRateType(), o.getDefaultHeartRate(), "
+            "o.getHeartRateMin(), o.getHeartRateMax(), o.getFixedHeartRate(), "
+            "o.getSystolicBloodPressureMax(), o.getDiastolicBloodPressureMax(), o.canHaveExtrasystoles(), "
+            "o.getParamValueAsInt('DefaultRatio'), o.getParam('Rates')] }"));
+        const QPair<const char *, const char *> scripts[] = {
+            {"properties(c)", "166,block,3,50,65,60,70,300,200"},
+            {"properties(empty)", "0,,-1,-1,-1,-1,-1,-1,-1"},
+            {"answers(c)", "block,3,60,50,65,70,300,200,true,1,"},
+            {"answers(empty)", ",-1,-1,-1,-1,-1,-1,-1,false,-1,"},
+            {"[c.getParam('RatioHR')[1] + 1, c.getParam('RatioTexts')]", "61,3:2,4:3"},
+            {"[c.validateHeartRate(58), c.getRatioForHeartRate(58)]", "60,1"},
+            {"[0, 4, 2, 'x'].map(function(t) { return c.isExtraSystoleAllowed(t) })", "true,true,false,true"},
+            {"[0, 4].map(function(t) { return empty.isExtraSystoleAllowed(t) })", "true,false"},
+        };
+        for (const auto &[script, result] : scripts)
+            QCOMPARE(engine.evaluate(QLatin1String(script)).toString(), QLatin1String(result));
+    }
 
-void tst_ECGLibrary::cleanupTestCase()
-{
-    const QPointer<ECGLibrary> library = ECGLibrary::getDefaultECGLibrary();
-    const QPointer<ECGConfig> config = ECGLibrary::getBabyECGLibrary()->getECGConfig(7);
-    ECGLibrary::cleanup();
-    QVERIFY(!library && !config);
-    QVERIFY(ECGLibrary::m_DefaultECGLibrary); // left dangling
-    QVERIFY(!ECGLibrary::m_ChildECGLibrary);
-}
+    void copiesAreIndependent()
+    {
+        const auto original = configWith(R"({"RateType": 2, "Rates": [50]})");
+        original->setRhythm(7);
+        QObject parent;
+        ECGConfig copy(*original, &parent);
+        copy.append(QStringLiteral("Rates"), QVariant::fromValue(QList<int>{75, 100})); // no QVariantList
+        QVERIFY(copy.parent() == &parent && copy.getRhythm() == 7);
+        QCOMPARE(copy.validateHeartRate(90), 100);
+        QCOMPARE(original->validateHeartRate(90), 50);
+    }
+
+    void insertsAndReplaces()
+    {
+        ECGConfig replaced; // not deleted
+        auto *config = new ECGConfig;
+        ECGLibrary library;
+        library.insert(&replaced);
+        QVERIFY(QMetaObject::invokeMethod(&library, "insert", Q_ARG(ECGConfig *, config)));
+        config->setRhythm(-5);
+        library.insert(config); // under two ids, and yet deleted once
+        QCOMPARE(library.configs(), (QMap<int, ECGConfig *>{{-5, config}, {0, config}}));
+        QCOMPARE(library.getECGConfig(-5), config);
+
+        QTest::ignoreMessage(QtWarningMsg, "ECGLibrary::insert: there is no configuration to insert");
+        library.insert(nullptr);
+        QCOMPARE(library.configs().size(), 2);
+    }
+
+    // The first test that needs a library. It lists all rhythms of the adults, and those of the other ages
+    // that differ from them.
+    void holdsTheRhythmsOfAllAges()
+    {
+        ECGLibrary::cleanup(); // there is nothing to delete yet
+        const ECGLibrary *const baby = ECGLibrary::getBabyECGLibrary();
+        const ECGLibrary *const adults = ECGLibrary::m_DefaultECGLibrary;
+        QVERIFY(baby == ECGLibrary::m_BabyECGLibrary && adults);
+        QVERIFY(!ECGLibrary::m_ChildECGLibrary && !ECGLibrary::m_InfantECGLibrary); // built on demand
+
+        QByteArrayList lines;
+        const auto list = [&lines, adults](const char *age, const ECGLibrary *library) {
+            connect(library, &QObject::destroyed, [age] {
+                std::fprintf(stderr, "%s: %s\n", ECGLibrary::m_DefaultECGLibrary ? "deleted" : "reset", age);
+            });
+            lines << age + (": " + QByteArray::number(library->configs().size())) + " rhythms";
+            for (const ECGConfig *config : library->configs()) {
+                const QByteArray line = lineOf(*config);
+                if (library == adults || line != lineOf(*adults->getECGConfig(config->getRhythm())))
+                    lines << line;
+            }
+        };
+        ECGLibraries::Instance();
+        list("adult", adults);
+        list("child", ECGLibrary::m_ChildECGLibrary);
+        list("infant", ECGLibrary::m_InfantECGLibrary);
+        list("baby", baby);
+        QFile table(QFINDTESTDATA("data/rhythms.txt"));
+        QVERIFY(table.open(QIODevice::ReadOnly));
+        QCOMPARE(lines, table.readAll().trimmed().split('\n'));
+    }
+
+    // A process that runs the test above. The pointers are left dangling.
+    void deletesTheLibrariesAtExit()
+    {
+        qputenv("QT_FORCE_STDERR_LOGGING", "1"); // Windows: the process has no console
+        const ChildResult result =
+            runChild(QCoreApplication::applicationFilePath(), {QStringLiteral("holdsTheRhythmsOfAllAges")},
+                     QDir::currentPath());
+        QVERIFY(!result.crashed && result.exitCode == 0);
+        QCOMPARE(
+            result.err.simplified(),
+            QByteArray("ECGLibraries cleanup deleted: adult deleted: child deleted: baby deleted: infant"));
+    }
+
+    void selectsByAge()
+    {
+        QCOMPARE(config("child", 7), ECGLibrary::getChildECGLibrary()->getECGConfig(7));
+        QCOMPARE(config("baby", 7), ECGLibrary::getBabyECGLibrary()->getECGConfig(7));
+        QCOMPARE(config("infant", 7), ECGLibrary::getInfantECGLibrary()->getECGConfig(7));
+
+        auto *added = new ECGConfig;
+        added->setRhythm(1000);
+        ECGLibrary::getDefaultECGLibrary()->insert(added);
+        for (const char *adult : {"default", "adult", "", "Child", "BABY", "infant "})
+            QCOMPARE(config(adult, 1000), added);
+        for (const char *age : {"child", "infant", "baby"})
+            QVERIFY(!config(age, 1000)); // never falls back to the adults'
+    }
+
+    void scriptsDeleteNothing()
+    {
+        const QPointer<ECGLibraries> libraries = &ECGLibraries::Instance();
+        const QPointer<ECGLibrary> library = ECGLibrary::getBabyECGLibrary();
+        const QPointer<ECGConfig> vt = config("baby", 138), svt = config("baby", 181);
+        {
+            QJSEngine engine;
+            engine.globalObject().setProperty(QStringLiteral("libraries"), engine.newQObject(libraries));
+            engine.globalObject().setProperty(QStringLiteral("library"), engine.newQObject(library));
+            const auto result = engine.evaluate(QStringLiteral(
+                "var vt = libraries.getECGConfig('baby', 138);"
+                "var svt = library.getECGConfig(181);"
+                "[vt.heartrate_max, svt.rhythmTypeName, libraries.getECGConfig('baby', 999)].join()"));
+            QCOMPARE(result.toString(), QStringLiteral("320,svt,"));
+            engine.evaluate(QStringLiteral("vt = svt = library = libraries = null"));
+            engine.collectGarbage();
+        }
+        QVERIFY(libraries && library && vt && svt);
+    }
+};
 
 QTEST_GUILESS_MAIN(tst_ECGLibrary)
 #include "tst_ECGLibrary.moc"
