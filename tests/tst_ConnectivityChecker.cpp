@@ -2,15 +2,14 @@
 #include <NetworkManager.h>
 #include <OXUrls.h>
 
-#include "LogCapture.h"
+#include "Cases.h"
+#include "ScriptStage.h"
 #include "ScriptedServer.h"
 
 #include <QMetaMethod>
 #include <QNetworkConfigurationManager>
 #include <QNetworkReply>
-#include <QQmlEngine>
 #include <QTimer>
-#include <QtTest>
 
 QT_WARNING_DISABLE_DEPRECATED
 
@@ -96,18 +95,39 @@ const struct {
 } // namespace
 
 // What the scripts can do, and the journal of what came of it.
-class Stage : public QObject {
+class Stage : public ScriptStage {
     Q_OBJECT
 
 public:
-    Stage();
-    QString play(const QString &script);
+    Stage()
+    {
+        NetworkManager *const manager = NetworkManager::instance();
+        manager->initialize();
+        OXUrls::instance()->initialize(QFINDTESTDATA("data/OlvexUrls.json"), OXUrls::DefaultEnvironment, {});
+        m_checker = new Checker(this);
+        m_checker->setUrl(m_server.url());
+        show("checker", m_checker);
+        show("urls", OXUrls::instance());
+        show("manager", manager);
+        show("network", manager->accessManager());
+        show("configurations", manager->configurationManager());
+        connect(m_checker, &Checker::statusReceived, this, [this](Checker::ConnectivityStatus status) {
+            journal << m_checker->property("status").toString() + QLatin1Char('>')
+                    + QVariant::fromValue(status).toString();
+        });
+        connect(m_checker, &Checker::statusChanged, this, [this] { journal.last() += QLatin1Char('!'); });
+    }
+
+    QString play(const QString &script)
+    {
+        return ScriptStage::play(script).replace(m_server.url().toString(), QStringLiteral("URL"));
+    }
 
     // From now on, with this fault of the server or with a page of this status.
     Q_INVOKABLE void answer(const QString &name)
     {
-        m_answer = Server::faults().value(name.toLatin1(),
-                                          Server::page("the body", name.toInt(), "Location: /\r\n"));
+        const auto page = Server::page("the body", name.toInt(), "Location: /\r\n");
+        m_answer = Server::faults().value(name.toLatin1(), page);
     }
     Q_INVOKABLE void check()
     {
@@ -125,126 +145,81 @@ public:
     Q_INVOKABLE void deleteChecker()
     {
         delete m_checker;
-        note(QStringLiteral("%1 reply left").arg(repliesAlive()));
+        journal << QStringLiteral("%1 reply left").arg(repliesAlive());
         QTRY_COMPARE(repliesAlive(), 0);
     }
     Q_INVOKABLE void deleteNetworkManager() { delete NetworkManager::instance(); }
     Q_INVOKABLE void awaitChange() { QSignalSpy(m_checker, &Checker::statusChanged).wait(); }
     Q_INVOKABLE void useOXUrl(const QString &key, const QString &path) { m_checker->useOXUrl(key, path); }
     Q_INVOKABLE void testOffline(bool value) { qApp->setProperty("TestOffline", value); }
-    Q_INVOKABLE void note(const QVariant &value) { m_journal << value.toString(); }
-    Q_INVOKABLE void log(const QString &fragment) { m_journal += m_log.lines().filter(fragment); }
 
 private:
-    LogCapture m_log;
     Server::Answer m_answer = Server::page("the body");
     Server m_server{[this] { return m_answer; }};
     Checker *m_checker;
-    QStringList m_journal;
 };
-
-Stage::Stage()
-{
-    NetworkManager::instance()->initialize();
-    OXUrls::instance()->initialize(QFINDTESTDATA("data/OlvexUrls.json"), OXUrls::DefaultEnvironment, {});
-    m_checker = new Checker(this);
-    m_checker->setUrl(m_server.url());
-    connect(m_checker, &Checker::statusReceived, this, [this](Checker::ConnectivityStatus status) {
-        note(m_checker->property("status").toString() + QLatin1Char('>')
-             + QVariant::fromValue(status).toString());
-    });
-    connect(m_checker, &Checker::statusChanged, this, [this] { m_journal.last() += QLatin1Char('!'); });
-}
-
-QString Stage::play(const QString &script)
-{
-    NetworkManager *const manager = NetworkManager::instance();
-    const std::pair<const char *, QObject *> objects[] = {
-        {"stage", this},
-        {"checker", m_checker},
-        {"urls", OXUrls::instance()},
-        {"manager", manager},
-        {"network", manager->accessManager()},
-        {"configurations", manager->configurationManager()},
-    };
-    QJSEngine engine;
-    for (const auto &[name, object] : objects) {
-        QQmlEngine::setObjectOwnership(object, QQmlEngine::CppOwnership);
-        engine.globalObject().setProperty(QLatin1String(name), engine.newQObject(object));
-    }
-    const QString verbs = QStringLiteral("for (const name in stage) this[name] = stage[name];");
-    const QJSValue result = engine.evaluate(verbs + script);
-    if (result.isError())
-        note(result.toString());
-    return m_journal.join(QLatin1Char(' '))
-        .replace(m_server.url().toString(), QStringLiteral("URL"))
-        .replace(QLatin1Char('"'), QLatin1Char('\''))
-        .remove(QStringLiteral("Olvex.ConnectivityChecker."));
-}
 
 class tst_ConnectivityChecker : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
     void initTestCase() { QCoreApplication::setLibraryPaths({}); } // no plug-ins: Qt watches no real network
-    void cleanup();
-    void plays_data();
-    void plays();
-    void listsItsInterfaceInOrder();
-};
 
-void tst_ConnectivityChecker::cleanup()
-{
-    qApp->setProperty("TestOffline", QVariant());
-    QTRY_COMPARE(repliesAlive(), 0);
-}
-
-void tst_ConnectivityChecker::plays_data()
-{
-    QTest::addColumn<QString>("script");
-    QTest::addColumn<QString>("journal");
-    for (const auto &scenario : scenarios)
-        QTest::newRow(scenario.name) << QString::fromLatin1(scenario.script)
-                                     << QString::fromLatin1(scenario.journal);
-    for (auto fault = Server::faults().begin(); fault != Server::faults().end(); ++fault) {
-        const bool isEndless = fault->end == Server::Keep || fault->end == Server::Hang;
-        QTest::newRow(fault.key())
-            << QStringLiteral("check(); answer('%1'); checker.timeout = %2; check(); log('error')")
-                   .arg(QLatin1String(fault.key()))
-                   .arg(isEndless ? 250 : 20000)
-            << QStringLiteral("UNKNOWN>SUCCESS! SUCCESS>FAILED! info: check connectivity: error for "
-                              "QUrl('URL') error: '%1'")
-                   .arg(QLatin1String(isEndless ? "Operation canceled" : "Connection closed"));
+    void cleanup()
+    {
+        qApp->setProperty("TestOffline", QVariant());
+        QTRY_COMPARE(repliesAlive(), 0);
     }
-}
 
-void tst_ConnectivityChecker::plays()
-{
-    QFETCH(QString, script);
-    QFETCH(QString, journal);
-    QCOMPARE(Stage().play(script), journal);
-}
+    void plays_data() { addCases(scenarios); }
+    void plays()
+    {
+        const auto &c = currentCase(scenarios);
+        QCOMPARE(Stage().play(QString::fromLatin1(c.script)), QLatin1String(c.journal));
+    }
 
-void tst_ConnectivityChecker::listsItsInterfaceInOrder()
-{
-    const QMetaObject &meta = Checker::staticMetaObject;
-    QByteArray names;
-    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i)
-        names += meta.method(i).methodSignature() + ' ' + meta.method(i).parameterNames().value(0) + "; ";
-    for (int i = meta.propertyOffset(); i < meta.propertyCount(); ++i)
-        names += QByteArray(meta.property(i).name()) + (meta.property(i).isWritable() ? " rw; " : " r; ");
-    QCOMPARE(names.constData(),
-             "statusChanged(ConnectivityStatus) a_NewState; statusReceived(ConnectivityStatus) a_NewState; "
-             "urlChanged(QUrl) a_NewUrl; timeoutChanged(int) a_NewTimeout; "
-             "scheduleTimeoutChanged(int) scheduleTimeout; "
-             "startCheck() ; scheduleCheck(int) a_Timeout; scheduleCheck() ; "
-             "setScheduleTimeout(int) a_Timeout; setScheduleTimeout() ; checkConnectivity() ; "
-             "checkFinished() ; networkAccessibleChanged(QNetworkAccessManager::NetworkAccessibility) "
-             "accessible; onOXUrlsEnvironmentChanged(QString) environment; "
-             "onOXUrlsRegionChanged(QString) region; "
-             "status r; url rw; timeout rw; scheduleTimeout rw; ");
-    QCOMPARE(QMetaType::type("ConnectivityStatus"), qMetaTypeId<Checker::ConnectivityStatus>());
-}
+    void fails_data()
+    {
+        QTest::addColumn<QString>("fault");
+        for (const QByteArray &name : Server::faults().keys())
+            QTest::newRow(name) << QString::fromLatin1(name);
+    }
+    // In one status, and only one, whatever the server does afterwards.
+    void fails()
+    {
+        QFETCH(QString, fault);
+        const auto end = Server::faults()[fault.toLatin1()].end;
+        const bool isEndless = end == Server::Keep || end == Server::Hang;
+        const auto script =
+            QStringLiteral("check(); answer('%1'); checker.timeout = %2; check(); log('error')");
+        QCOMPARE(
+            Stage().play(script.arg(fault).arg(isEndless ? 250 : 20000)),
+            QLatin1String(
+                "UNKNOWN>SUCCESS! SUCCESS>FAILED! info: check connectivity: error for QUrl('URL') error: ")
+                + QLatin1String(isEndless ? "'Operation canceled'" : "'Connection closed'"));
+    }
+
+    void listsItsInterfaceInOrder()
+    {
+        const QMetaObject &meta = Checker::staticMetaObject;
+        QByteArray names;
+        for (int i = meta.methodOffset(); i < meta.methodCount(); ++i)
+            names += meta.method(i).methodSignature() + ' ' + meta.method(i).parameterNames().value(0) + "; ";
+        for (int i = meta.propertyOffset(); i < meta.propertyCount(); ++i)
+            names += QByteArray(meta.property(i).name()) + (meta.property(i).isWritable() ? " rw; " : " r; ");
+        QCOMPARE(
+            names.constData(),
+            "statusChanged(ConnectivityStatus) a_NewState; statusReceived(ConnectivityStatus) a_NewState; "
+            "urlChanged(QUrl) a_NewUrl; timeoutChanged(int) a_NewTimeout; "
+            "scheduleTimeoutChanged(int) scheduleTimeout; startCheck() ; scheduleCheck(int) a_Timeout; "
+            "scheduleCheck() ; setScheduleTimeout(int) a_Timeout; setScheduleTimeout() ; "
+            "checkConnectivity() ; checkFinished() ; "
+            "networkAccessibleChanged(QNetworkAccessManager::NetworkAccessibility) accessible; "
+            "onOXUrlsEnvironmentChanged(QString) environment; onOXUrlsRegionChanged(QString) region; "
+            "status r; url rw; timeout rw; scheduleTimeout rw; ");
+        QCOMPARE(QMetaType::type("ConnectivityStatus"), qMetaTypeId<Checker::ConnectivityStatus>());
+    }
+};
 
 QTEST_GUILESS_MAIN(tst_ConnectivityChecker)
 #include "tst_ConnectivityChecker.moc"

@@ -44,50 +44,47 @@ class tst_NetworkReplyTimeout : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void refusesNull();
-    void endsReplies_data() { addCases(replies); }
-    void endsReplies();
-    void quittingAborts();
-};
-
-void tst_NetworkReplyTimeout::refusesNull()
-{
-    const LogCapture log;
-    QVERIFY(!NetworkReplyTimeout::set(nullptr, 10));
-    QCOMPARE(log.lines(), QStringList(QStringLiteral("default.warning: Reply is nullptr")));
-}
-
-void tst_NetworkReplyTimeout::endsReplies()
-{
-    const auto &c = currentCase(replies);
-    FakeReply reply(c.mode);
-    reply.setFinished(c.finishedBefore);
-    const QPointer<NetworkReplyTimeout> guard = NetworkReplyTimeout::set(&reply, c.timeout);
-    QCOMPARE(guard->parent(), &reply);
-    reply.setFinished(c.finishesMeanwhile);
-    const auto timers = QAbstractEventDispatcher::instance()->registeredTimers(guard);
-    QTimerEvent other(-1);
-    QCoreApplication::sendEvent(guard, &other);
-    for (const auto &timer : timers) {
-        reply.journal += QStringLiteral("%1 ").arg(timer.interval);
-        QTimerEvent due(timer.timerId);
-        QCoreApplication::sendEvent(guard, &due);
+    void refusesNull()
+    {
+        const LogCapture log;
+        QVERIFY(!NetworkReplyTimeout::set(nullptr, 10));
+        QCOMPARE(log.lines(), QStringList(QStringLiteral("default.warning: Reply is nullptr")));
     }
-    QVERIFY(!guard || QAbstractEventDispatcher::instance()->registeredTimers(guard).isEmpty()); // once only
-    QCOMPARE(reply.journal, QLatin1String(c.journal));
-}
 
-// Also a finished reply, which itself makes nothing of it.
-void tst_NetworkReplyTimeout::quittingAborts()
-{
-    FakeReply guarded, finished, bare;
-    finished.setFinished(true);
-    NetworkReplyTimeout::set(&guarded, 60000);
-    NetworkReplyTimeout::set(&finished, 60000);
-    QTimer::singleShot(0, QCoreApplication::instance(), &QCoreApplication::quit);
-    QCoreApplication::exec();
-    QCOMPARE(guarded.journal + finished.journal + bare.journal, QLatin1String("abort abort "));
-}
+    void endsReplies_data() { addCases(replies); }
+    void endsReplies()
+    {
+        const auto &c = currentCase(replies);
+        FakeReply reply(c.mode);
+        reply.setFinished(c.finishedBefore);
+        const QPointer<NetworkReplyTimeout> guard = NetworkReplyTimeout::set(&reply, c.timeout);
+        QCOMPARE(guard->parent(), &reply);
+        reply.setFinished(c.finishesMeanwhile);
+        const auto timers = QAbstractEventDispatcher::instance()->registeredTimers(guard);
+        QTimerEvent other(-1);
+        QCoreApplication::sendEvent(guard, &other);
+        for (const auto &timer : timers) {
+            reply.journal += QStringLiteral("%1 ").arg(timer.interval);
+            QTimerEvent due(timer.timerId);
+            QCoreApplication::sendEvent(guard, &due);
+        }
+        QVERIFY(!guard
+                || QAbstractEventDispatcher::instance()->registeredTimers(guard).isEmpty()); // once only
+        QCOMPARE(reply.journal, QLatin1String(c.journal));
+    }
+
+    // Also a finished reply, which itself makes nothing of it.
+    void quittingAborts()
+    {
+        FakeReply guarded, finished, bare;
+        finished.setFinished(true);
+        NetworkReplyTimeout::set(&guarded, 60000);
+        NetworkReplyTimeout::set(&finished, 60000);
+        QTimer::singleShot(0, QCoreApplication::instance(), &QCoreApplication::quit);
+        QCoreApplication::exec();
+        QCOMPARE(guarded.journal + finished.journal + bare.journal, QLatin1String("abort abort "));
+    }
+};
 
 QTEST_GUILESS_MAIN(tst_NetworkReplyTimeout)
 #include "tst_NetworkReplyTimeout.moc"
