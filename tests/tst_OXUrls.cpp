@@ -63,18 +63,19 @@ const struct {
      "warning: Url json invalid 'illegal value'  warning: Url json invalid 'too deeply nested document'  "
      "  test"},
     {"a missing document keeps the old, and there is nothing to set aside",
-     "load('none.json', 'test', ''); log('unable'); note(urls.baseUrl('account')); store('{}'); files()",
-     "warning: unable to load external urls: 'No such file or directory' https://test.example.com/base "
-     "document missing"},
+     "load('none.json', 'test', ''); note(urls.baseUrl('account')); store('{}'); log('open file')",
+     "https://test.example.com/base"},
     {"the document is set aside, the new one not stored",
      "store('{}'); files(); note(urls.urlInfo('account').note)",
      " document warning: open file to load external urls: 'Unknown error' kept"},
     {"invalid", "store('{'); files()", "document missing warning: Url json invalid 'unterminated object'"},
     {"a backup is in the way", "write('urls.json.bk', 'old'); store('{}'); files()", "document old"},
 #ifdef Q_OS_UNIX
-    {"the document comes back if there can be no new file",
-     "limitOpenFiles(0); store('{}'); limitOpenFiles(256); files(); note(urls.urlInfo('account').note)",
-     "document missing warning: File not stored: 'Too many open files' kept"},
+    {"no file can be opened: the document comes back and is kept",
+     "limitOpenFiles(0); store('{}'); load('urls.json', 'test', ''); limitOpenFiles(256); files();"
+     "note(urls.urlInfo('account').baseUrl)",
+     "document missing warning: File not stored: 'Too many open files' "
+     "warning: unable to load external urls: 'Too many open files' https://test.example.com/base"},
 #endif
 };
 

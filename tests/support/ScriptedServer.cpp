@@ -15,7 +15,8 @@ namespace {
 int requestSize(const QByteArray &received)
 {
     int size = received.indexOf("\r\n\r\n") + 4;
-    for (const QByteArray &line : received.left(size).toLower().split('\n')) {
+    const QList<QByteArray> lines = received.left(size).toLower().split('\n');
+    for (const QByteArray &line : lines) {
         if (line.startsWith("content-length:"))
             size += line.mid(15).trimmed().toInt();
     }
