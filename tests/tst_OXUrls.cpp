@@ -41,9 +41,10 @@ const struct {
      "https://bare.example.com/a%3Fb%2520c /api  https://us.example.com/base//api"},
     {"queries",
      "note(urls.url('files', '', false, mine)); note(urls.url('files', '', true, mine));"
-     "note(at('production', 'us').url('account', '', true, mine))",
+     "note(at('production', 'us').url('account', '', true, mine)); note(regionsValue('account', "
+     "'urlQuery').never)",
      "https://files.example.com/a%2Fb?q=1#f https://files.example.com/a%2Fb?mine=1#f "
-     "https://us.example.com/base/?mine=1&beta=true&client=tablet&none&zone=7"},
+     "https://us.example.com/base/?mine=1&beta=true&client=tablet&none&zone=7 read"},
     {"signals changes only, and none from initialize()",
      "urls.environmentChanged.connect(note); urls.regionChanged.connect(note); "
      "note(urls.urlInfo('account').note);"
@@ -124,6 +125,10 @@ public:
         QCOMPARE(setrlimit(RLIMIT_NOFILE, &limit), 0);
     }
 #endif
+    Q_INVOKABLE QVariant regionsValue(const QString &target, const QString &key) const
+    {
+        return OXUrls::instance()->regionsValue(target, key);
+    }
     Q_INVOKABLE void changeSettings(const QVariant &environment, const QVariant &region)
     {
         OXUrls::setEnvironmentSetting(text("any key"), environment);
