@@ -27,6 +27,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <functional>
 #include <map>
 #include <memory>
 #include <vector>
@@ -97,7 +98,7 @@ private:
 // A server on its own thread.
 class ServerThread : public QThread {
 public:
-    explicit ServerThread(Server::Handler handler) : m_handler(std::move(handler))
+    explicit ServerThread(std::function<Server::Answer()> answer) : m_answer(std::move(answer))
     {
         start();
         m_ready.acquire();
@@ -112,14 +113,14 @@ public:
 protected:
     void run() override
     {
-        const Server server(m_handler, Server::Forget);
+        const Server server(m_answer);
         m_url = server.url();
         m_ready.release();
         exec();
     }
 
 private:
-    Server::Handler m_handler;
+    std::function<Server::Answer()> m_answer;
     QSemaphore m_ready;
     QUrl m_url;
 };
@@ -145,41 +146,20 @@ QList<QNetworkReply *> repliesAlive()
     return NetworkManager::instance()->findChildren<QNetworkReply *>();
 }
 
-Server::Script anyScript(QRandomGenerator *random)
+// Mostly a fault.
+Server::Answer anyAnswer(QRandomGenerator *random)
 {
-    switch (random->bounded(16)) {
+    switch (random->bounded(14)) {
     case 0:
-        return Server::hang();
-    case 1:
-        return Server::hangInBody();
-    case 2:
-        return Server::drip(500, 2);
-    case 3:
-        return Server::closeAtOnce();
-    case 4:
-        return Server::closeInHeader();
-    case 5:
-        return Server::closeInBody();
-    case 6:
-        return Server::halfClose();
-    case 7:
-        return Server::halfCloseInBody();
-    case 8:
-        return Server::reset();
-    case 9:
-        return Server::resetInBody();
-    case 10:
-        return Server::garbage();
-    case 11:
-        return Server::endlessHeader(500);
-    case 12:
-        return Server::redirect("/again");
-    case 13:
-        return Server::page("oops", 400 + random->bounded(200));
-    case 14:
-        return Server::page(QByteArray(random->bounded(1000000), 'b'));
-    default:
         return Server::page("ok");
+    case 1:
+        return Server::page(QByteArray(random->bounded(1000000), 'b'));
+    case 2:
+        return Server::page("elsewhere", 302, "Location: /again\r\n");
+    case 3:
+        return Server::page("oops", 400 + random->bounded(200));
+    default:
+        return (Server::faults().begin() + random->bounded(Server::faults().size())).value();
     }
 }
 
@@ -238,7 +218,7 @@ private:
 // Whether all of the checks end. Afterwards nothing of them is left, nor of the server.
 bool check(int checks, QRandomGenerator *random, Count *count)
 {
-    const ServerThread server([random](const Server::Request &) { return anyScript(random); });
+    const ServerThread server([random] { return anyAnswer(random); });
     *count = Count();
     count->toStart = checks;
     std::vector<std::unique_ptr<Prober>> probers(10);
@@ -313,9 +293,9 @@ void storm()
 {
     constexpr int size = 200;
     std::printf("storm: %d checkers\n", size);
-    const ServerThread server([](const Server::Request &) {
-        return Server::Script{{Server::Step::Pause, {}, 20}} + Server::page("ok");
-    });
+    Server::Answer answer = Server::page("ok");
+    answer.pause = 20;
+    const ServerThread server([answer] { return answer; });
     Storm storm;
     for (int i = 0; i < size; ++i) {
         auto checker = std::make_unique<ConnectivityChecker>();

@@ -1,16 +1,10 @@
 #include <OXUrls.h>
 
 #include "Cases.h"
-#include "LogCapture.h"
+#include "ScriptStage.h"
 
-#include <QJSEngine>
 #include <QMetaMethod>
-#include <QQmlEngine>
 #include <QTemporaryDir>
-
-#include <set>
-#include <thread>
-#include <vector>
 
 #ifdef Q_OS_UNIX
 #    include <sys/resource.h>
@@ -23,332 +17,201 @@ QString text(const char *utf8)
     return QString::fromUtf8(utf8);
 }
 
-QByteArray contents(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("missing");
-}
-
-QByteArray document()
-{
-    static const QByteArray json = contents(QFINDTESTDATA("data/OlvexUrls.json"));
-    return json;
-}
-
+// Scripts and the journals that they have to cause; at() selects the environment and the region, "mine" is a
+// query with one item.
 const struct {
-    const char *name, *environment, *region, *target, *baseUrl, *limit, *mode;
-} lookUps[] = {
-    {"no region", "production", "", "account", "https://account.example.com/base", "20", "plain"},
-    {"region", "production", "us", "account", "https://us.example.com/base/", "10", ""},
-    {"region without base", "production", "eu", "account", "https://account.example.com/base", "5", ""},
-    {"null in region", "production", "null", "account", "", "20", "plain"},
-    {"case matters", "production", "US", "account", "https://account.example.com/base", "20", "plain"},
-    {"unknown environment", "staging", "us", "account", "https://us.example.com/base/", "10", ""},
-    {"empty environment", "", "", "account", "https://account.example.com/base", "20", "plain"},
-    {"other environment", "test", "us", "account", "https://test.example.com/base", "", ""},
-    {"null entry", "test", "", "files", "", "", ""},
-    {"empty entry", "test", "", "bare", "", "", ""},
-    {"unknown target", "production", "us", "nothing", "", "", ""},
-};
-
-const struct {
-    const char *name, *region, *target, *path;
-    bool addUrlQuery;
-    const char *result;
-} builtUrls[] = {
-    {"no path", "", "account", "", false, "https://account.example.com/base"},
-    {"relative path", "", "account", "api", false, "https://account.example.com/base/api"},
-    {"absolute path", "", "account", "/api", false, "https://account.example.com/base/api"},
-    {"doubled slash", "us", "account", "api", false, "https://us.example.com/base//api"},
-    {"no base path", "", "bare", "api", false, "https://bare.example.com/api"},
-    {"path is decoded", "", "bare", "a?b%20c", false, "https://bare.example.com/a%3Fb%2520c"},
-    {"base is decoded", "", "files", "c", false, "https://files.example.com/a/b/c?q=1#f"},
-    {"base untouched", "", "files", "", false, "https://files.example.com/a%2Fb?q=1#f"},
-    {"query of entry", "us", "account", "", true,
-     "https://us.example.com/base/?mine=1&beta=true&client=tablet&none&zone=7"},
-    {"query replaced", "", "files", "", true, "https://files.example.com/a%2Fb?mine=1#f"},
-    {"unknown target", "", "nothing", "api", false, "/api"},
-    {"unknown target, two slashes", "", "nothing", "//api", false, ""},
-};
-
-// Valid, of 50 MB.
-QByteArray huge()
-{
-    return R"({"environment":{"production":{"account":{"baseUrl":"https://a.example"}}},"more":[)"
-        + ('"' + QByteArray(1000, 'x') + "\",").repeated(50 * 1024) + "0]}";
-}
-
-const struct {
-    const char *name;
-    QByteArray (*json)(); // null: no such file
-    const char *warning;
-    const char *baseUrl;
-} documents[] = {
-    {"missing keeps the old", nullptr, "unable to load external urls: \"", "https://test.example.com/base"},
-    {"empty", [] { return QByteArray(""); }, "Url json invalid \"", ""},
-    {"cut off", [] { return document().left(300); }, "Url json invalid \"", ""},
-    {"binary", [] { return QByteArray("\0\xff\xfe{", 4); }, "Url json invalid \"", ""},
-    {"10000 levels", [] { return "{\"a\":" + QByteArray(10000, '[') + QByteArray(10000, ']') + '}'; },
-     "Url json invalid \"", ""},
-    {"array", [] { return QByteArray("[1]"); }, "", ""},
-    {"wrong shapes", [] { return QByteArray(R"({"environment":{"production":{"account":5}}})"); }, "", ""},
-    {"huge", huge, "", "https://a.example"},
-};
-
-const struct {
-    const char *name, *json;
-    bool fileExists, backupExists;
-    const char *fileAfter, *backupAfter; // null: the document
-    const char *warning;
-} stores[] = {
-    {"valid", "{\"environment\":{}}", true, false, "", nullptr, "open file to load external urls: "},
-    {"invalid", "{", true, false, nullptr, "missing", "Url json invalid "},
-    {"backup in the way", "{}", true, true, nullptr, "old", ""},
-    {"no file", "{}", false, false, "missing", "missing", ""},
+    const char *name, *script, *journal;
+} scenarios[] = {
+    {"regions",
+     "for (const region of ['', 'us', 'eu', 'null', 'US'])"
+     "note([at('production', region).baseUrl('account'), at('production', region).dataValue('account', "
+     "'limit'), urls.dataValue('account', 'mode')])",
+     "https://account.example.com/base,20,plain https://us.example.com/base/,10, "
+     "https://account.example.com/base,5, ,20,plain https://account.example.com/base,20,plain"},
+    {"environments",
+     "for (const environment of ['unknown', '', 'test']) note(at(environment, 'us').baseUrl('account'));"
+     "for (const target of ['files', 'bare', 'none']) note([at('test', '').baseUrl(target)])",
+     "https://us.example.com/base/ https://us.example.com/base/ https://test.example.com/base   "},
+    {"paths",
+     "for (const path of ['', 'api', '/api']) note(urls.url('account', path)); note(urls.url('files', 'c'));"
+     "note(urls.url('bare', 'a?b%20c')); note(urls.url('none', 'api')); note([urls.url('none', '//api')]);"
+     "note(at('production', 'us').url('account', 'api'))",
+     "https://account.example.com/base https://account.example.com/base/api "
+     "https://account.example.com/base/api https://files.example.com/a/b/c?q=1#f "
+     "https://bare.example.com/a%3Fb%2520c /api  https://us.example.com/base//api"},
+    {"queries",
+     "note(urls.url('files', '', false, mine)); note(urls.url('files', '', true, mine));"
+     "note(at('production', 'us').url('account', '', true, mine)); note(regionsValue('account', "
+     "'urlQuery').never)",
+     "https://files.example.com/a%2Fb?q=1#f https://files.example.com/a%2Fb?mine=1#f "
+     "https://us.example.com/base/?mine=1&beta=true&client=tablet&none&zone=7 read"},
+    {"signals changes only, and none from initialize()",
+     "urls.environmentChanged.connect(note); urls.regionChanged.connect(note); "
+     "note(urls.urlInfo('account').note);"
+     "load('urls.json', 'test', 'us'); at('test', 'us'); at('production', 'eu'); changeSettings(5, 6)",
+     "kept production eu 5 6"},
+    {"traces",
+     "at('test', ''); urls.url('account'); log(); trace(true); urls.url('bare', 'p', true, mine); at('new', "
+     "''); trace(false); log()",
+     "debug: target: 'bare' path: 'p' addUrlQuery: true urlQuery: 'mine=1' region: '' environment: 'test' "
+     "debug: result: QUrl('/p?mine=1') info: environment 'new' info: region ''"},
+    {"documents of which nothing is left",
+     "for (const json of ['{', '', '\x80', '['.repeat(10000) + ']'.repeat(10000), '[1]',"
+     "'{\"environment\":{\"production\":{\"account\":5}}}']) { write('new.json', json);"
+     "load('urls.json', '', ''); load('new.json', 'test', 'us'); log(); note([urls.baseUrl('account')]) }"
+     "note(urls.environment)",
+     "warning: Url json invalid 'unterminated object'  warning: Url json invalid 'illegal value'  "
+     "warning: Url json invalid 'illegal value'  warning: Url json invalid 'too deeply nested document'  "
+     "  test"},
+    {"a missing document keeps the old, and there is nothing to set aside",
+     "load('none.json', 'test', ''); note(urls.baseUrl('account')); store('{}'); log('open file')",
+     "https://test.example.com/base"},
+    {"the document is set aside, the new one not stored",
+     "store('{}'); files(); note(urls.urlInfo('account').note)",
+     " document warning: open file to load external urls: 'Unknown error' kept"},
+    {"invalid", "store('{'); files()", "document missing warning: Url json invalid 'unterminated object'"},
+    {"a backup is in the way", "write('urls.json.bk', 'old'); store('{}'); files()", "document old"},
+#ifdef Q_OS_UNIX
+    {"no file can be opened: the document comes back and is kept",
+     "limitOpenFiles(0); store('{}'); load('urls.json', 'test', ''); limitOpenFiles(256); files();"
+     "note(urls.urlInfo('account').baseUrl)",
+     "document missing warning: File not stored: 'Too many open files' "
+     "warning: unable to load external urls: 'Too many open files' https://test.example.com/base"},
+#endif
 };
 
 } // namespace
+
+// What the scripts can do.
+class Stage : public ScriptStage {
+    Q_OBJECT
+
+public:
+    Stage()
+    {
+        QFile::copy(QFINDTESTDATA("data/OlvexUrls.json"), path(text("urls.json")));
+        m_document = contents("urls.json");
+        load(text("urls.json"), text("production"), QString());
+        show("urls", OXUrls::instance());
+        const QUrlQuery mine(text("mine=1"));
+        engine.globalObject().setProperty(
+            text("mine"), engine.toScriptValue(QVariant(QMetaType::type("QUrlQuery"), &mine)));
+        engine.evaluate(text("at = (environment, region) => Object.assign(urls, {environment, region})"));
+    }
+
+    Q_INVOKABLE void load(const QString &file, const QString &environment, const QString &region)
+    {
+        OXUrls::instance()->initialize(path(file), environment, region);
+    }
+    Q_INVOKABLE void write(const QString &name, const QString &latin1)
+    {
+        QFile file(path(name));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(latin1.toLatin1());
+    }
+    Q_INVOKABLE void store(const QString &json) { QVERIFY(!OXUrls::instance()->storeUrls(json.toLatin1())); }
+    // Notes what the document and its backup contain, and the messages.
+    Q_INVOKABLE void files()
+    {
+        journal << contents("urls.json") << contents("urls.json.bk");
+        log(text("OXExternalServers"));
+    }
+#ifdef Q_OS_UNIX
+    Q_INVOKABLE void limitOpenFiles(int number)
+    {
+        rlimit limit;
+        QCOMPARE(getrlimit(RLIMIT_NOFILE, &limit), 0);
+        limit.rlim_cur = rlim_t(number);
+        QCOMPARE(setrlimit(RLIMIT_NOFILE, &limit), 0);
+    }
+#endif
+    Q_INVOKABLE QVariant regionsValue(const QString &target, const QString &key) const
+    {
+        return OXUrls::instance()->regionsValue(target, key);
+    }
+    Q_INVOKABLE void changeSettings(const QVariant &environment, const QVariant &region)
+    {
+        OXUrls::setEnvironmentSetting(text("any key"), environment);
+        OXUrls::setRegionSetting(text("any key"), region);
+    }
+    Q_INVOKABLE void trace(bool on)
+    {
+        QLoggingCategory::setFilterRules(text(on ? "Olvex.OXExternalServers=true" : ""));
+    }
+
+private:
+    QString path(const QString &name) const
+    {
+        return m_directory.filePath(name);
+    }
+    QString contents(const char *name) const
+    {
+        QFile file(path(text(name)));
+        const QString found = text(file.open(QIODevice::ReadOnly) ? file.readAll().constData() : "missing");
+        return found == m_document ? text("document") : found;
+    }
+
+    QTemporaryDir m_directory;
+    QString m_document;
+};
 
 class tst_OXUrls : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
-    void init();
-    void isEmptyBeforeInitialize();
-    void comesBackAfterDestruction();
-    void everyInstanceCallConnects();
-    void looksUp_data() { addCases(lookUps); }
-    void looksUp();
-    void buildsUrls_data() { addCases(builtUrls); }
-    void buildsUrls();
-    void tracesLookups();
-    void selectorsSignalChangesOnly();
-    void loadsDocuments_data() { addCases(documents); }
-    void loadsDocuments();
-    void setsTheStoredFileAside_data() { addCases(stores); }
-    void setsTheStoredFileAside();
-    void restoresTheStoredFile();
-    void worksFromScripts();
-    void listsItsInterfaceInOrder();
+    void init() { delete OXUrls::instance(); }
 
-private:
-    QString path() const { return m_directory->filePath(QStringLiteral("OlvexUrls.json")); }
-    QString write(const QByteArray &json) const;
-
-    std::unique_ptr<QTemporaryDir> m_directory;
-};
-
-QString tst_OXUrls::write(const QByteArray &json) const
-{
-    QFile file(path());
-    if (!file.open(QIODevice::WriteOnly) || file.write(json) != json.size())
-        qFatal("cannot write %s", qPrintable(path()));
-    return path();
-}
-
-// The first calls of the process: only one object may come of them.
-void tst_OXUrls::initTestCase()
-{
-    std::vector<OXUrls *> seen(8);
-    std::vector<std::thread> threads;
-    for (OXUrls *&place : seen)
-        threads.emplace_back([&place] { place = OXUrls::instance(); });
-    for (std::thread &thread : threads)
-        thread.join();
-    QCOMPARE(std::set<OXUrls *>(seen.begin(), seen.end()).size(), std::size_t(1));
-}
-
-void tst_OXUrls::init()
-{
-    delete OXUrls::instance();
-    m_directory = std::make_unique<QTemporaryDir>();
-}
-
-void tst_OXUrls::isEmptyBeforeInitialize()
-{
-    const OXUrls *const urls = OXUrls::instance();
-    QCOMPARE(urls->environment(), text("production"));
-    QCOMPARE(urls->region(), text("us"));
-    QVERIFY(!urls->dataValue(text("account"), text("limit")).isValid());
-    QCOMPARE(OXUrls::url(text("account"), text("api")), QUrl(text("/api")));
-}
-
-void tst_OXUrls::comesBackAfterDestruction()
-{
-    QPointer<OXUrls> first = OXUrls::instance();
-    QCOMPARE(OXUrls::Instance(), first.data());
-    QVERIFY(!first->parent());
-    first->setRegion(text("eu"));
-
-    // A successor made while the first one is being destroyed must survive its predecessor's connections.
-    OXUrls::instance();
-    OXUrls *early = nullptr;
-    connect(first, &QObject::destroyed, this, [&early] { early = OXUrls::instance(); });
-    OXUrls::instance();
-    delete first;
-    QVERIFY(early);
-    QCOMPARE(OXUrls::instance(), early);
-    QCOMPARE(early->region(), text("us"));
-}
-
-void tst_OXUrls::everyInstanceCallConnects()
-{
-    struct Open : QObject {
-        using QObject::receivers;
-    };
-    const auto connections = [](const QObject *object) {
-        return (object->*(&Open::receivers))(SIGNAL(destroyed(QObject *)));
-    };
-    const int before = connections(OXUrls::instance());
-    QCOMPARE(connections(OXUrls::Instance()), before + 1);
-    OXUrls::url(text("account"));
-    QCOMPARE(connections(OXUrls::instance()), before + 3);
-}
-
-void tst_OXUrls::tracesLookups()
-{
-    QLoggingCategory::setFilterRules(text("Olvex.OXExternalServers=true"));
-    const LogCapture capture;
-    OXUrls::url(text("account"), text("p"), true, QUrlQuery(text("a=1")));
-    OXUrls::instance()->setEnvironment(text("test"));
-    QLoggingCategory::setFilterRules(QString());
-    OXUrls::instance()->setRegion(text("eu")); // info is off by default
-    QCOMPARE(capture.lines(),
-             (QStringList{text("Olvex.OXExternalServers.debug: target: \"account\" path: \"p\" addUrlQuery: "
-                               "true urlQuery: \"a=1\" region: \"us\" environment: \"production\""),
-                          text("Olvex.OXExternalServers.debug: result: QUrl(\"/p?a=1\")"),
-                          text("Olvex.OXExternalServers.info: environment \"test\"")}));
-}
-
-void tst_OXUrls::selectorsSignalChangesOnly()
-{
-    OXUrls *const urls = OXUrls::instance();
-    QSignalSpy environments(urls, &OXUrls::environmentChanged);
-    QSignalSpy regions(urls, &OXUrls::regionChanged);
-    urls->initialize(write(document()), text("staging"), text("us")); // signals nothing
-    QCOMPARE(urls->environment(), text("staging"));
-    urls->setEnvironment(text("test"));
-    urls->setEnvironment(text("test"));
-    OXUrls::setEnvironmentSetting(text("any key"), 5);
-    urls->setRegion(text("us")); // the same
-    QVERIFY(urls->setProperty("region", text("eu")));
-    OXUrls::setRegionSetting(text("any key"), QVariant());
-    QCOMPARE(QList<QVariantList>(environments), (QList<QVariantList>{{text("test")}, {text("5")}}));
-    QCOMPARE(QList<QVariantList>(regions), (QList<QVariantList>{{text("eu")}, {QString()}}));
-    QCOMPARE(urls->property("environment"), QVariant(text("5")));
-}
-
-void tst_OXUrls::looksUp()
-{
-    const auto &c = currentCase(lookUps);
-    OXUrls *const urls = OXUrls::instance();
-    urls->initialize(write(document()), text(c.environment), text(c.region));
-    QCOMPARE(urls->baseUrl(text(c.target)).toString(), text(c.baseUrl));
-    QCOMPARE(urls->dataValue(text(c.target), text("limit")).toString(), text(c.limit));
-    QCOMPARE(urls->dataValue(text(c.target), text("mode")).toString(), text(c.mode));
-}
-
-// The caller's own items are given in every row; they appear only together with the entry's.
-void tst_OXUrls::buildsUrls()
-{
-    const auto &c = currentCase(builtUrls);
-    OXUrls::instance()->initialize(write(document()), text("production"), text(c.region));
-    const QUrl url = OXUrls::url(text(c.target), text(c.path), c.addUrlQuery, {{text("mine"), text("1")}});
-    QCOMPARE(url.toString(QUrl::FullyEncoded), text(c.result));
-}
-
-void tst_OXUrls::loadsDocuments()
-{
-    const auto &c = currentCase(documents);
-    OXUrls *const urls = OXUrls::instance();
-    urls->initialize(write(document()), text("production"), QString());
-    const LogCapture capture;
-    const QString missing = m_directory->filePath(text("none"));
-    urls->initialize(c.json ? write(c.json()) : missing, text("test"), text("us"));
-    QCOMPARE(capture.texts().size(), *c.warning ? 1 : 0);
-    QCOMPARE(capture.texts().value(0).left(int(qstrlen(c.warning))), text(c.warning));
-    QCOMPARE(urls->baseUrl(text("account")).toString(), text(c.baseUrl));
-    QCOMPARE(urls->environment(), text("test"));
-}
-
-void tst_OXUrls::setsTheStoredFileAside()
-{
-    const auto &c = currentCase(stores);
-    const QString backup = path() + text(".bk");
-    if (c.backupExists) {
-        write("old");
-        QVERIFY(QFile::rename(path(), backup));
+    // Also if that is asked for while the first one is being destroyed, whose connections it must survive.
+    void hasASuccessor()
+    {
+        OXUrls *const first = OXUrls::instance();
+        QVERIFY(!first->parent());
+        first->setRegion(text("eu"));
+        OXUrls *successor = nullptr;
+        connect(first, &QObject::destroyed, this, [&successor] { successor = OXUrls::instance(); });
+        OXUrls::instance();
+        delete first;
+        QVERIFY(successor);
+        QCOMPARE(OXUrls::instance(), successor);
+        QCOMPARE(successor->environment() + successor->region(), text("productionus"));
+        QCOMPARE(OXUrls::url(text("account"), text("api")), QUrl(text("/api"))); // it is empty
     }
-    OXUrls::instance()->initialize(write(document()), text("production"), QString());
-    QVERIFY(c.fileExists || QFile::remove(path()));
 
-    const LogCapture capture;
-    QVERIFY(!OXUrls::instance()->storeUrls(c.json));
-    QCOMPARE(contents(path()), c.fileAfter ? QByteArray(c.fileAfter) : document());
-    QCOMPARE(contents(backup), c.backupAfter ? QByteArray(c.backupAfter) : document());
-    QCOMPARE(capture.texts().size(), *c.warning ? 1 : 0);
-    QCOMPARE(capture.texts().value(0).left(int(qstrlen(c.warning))), text(c.warning));
-    QVERIFY(!OXUrls::instance()->urlInfo(text("account")).isEmpty());
-}
+    void everyInstanceCallConnects()
+    {
+        struct Open : QObject {
+            using QObject::receivers;
+        };
+        const auto connections = [](QObject *object) {
+            return (object->*&Open::receivers)(SIGNAL(destroyed(QObject *)));
+        };
+        const int before = connections(OXUrls::Instance());
+        OXUrls::url(text("account"));
+        QCOMPARE(connections(OXUrls::instance()), before + 2);
+    }
 
-// The new file cannot be made: what was set aside comes back.
-void tst_OXUrls::restoresTheStoredFile()
-{
-#ifdef Q_OS_UNIX
-    OXUrls::instance()->initialize(write(document()), text("production"), QString());
-    rlimit before;
-    QCOMPARE(getrlimit(RLIMIT_NOFILE, &before), 0);
-    rlimit none = before;
-    none.rlim_cur = 0;
-    const LogCapture capture;
-    QCOMPARE(setrlimit(RLIMIT_NOFILE, &none), 0);
-    const bool stored = OXUrls::instance()->storeUrls("{}");
-    QCOMPARE(setrlimit(RLIMIT_NOFILE, &before), 0);
-    QVERIFY(!stored);
-    QVERIFY(capture.contains(text("File not stored:")));
-    QCOMPARE(contents(path()), document());
-    QCOMPARE(contents(path() + text(".bk")), QByteArray("missing"));
-    QVERIFY(!OXUrls::instance()->urlInfo(text("account")).isEmpty());
-#else
-    QSKIP("needs a limit of open files");
-#endif
-}
+    void plays_data() { addCases(scenarios); }
+    void plays()
+    {
+        const auto &c = currentCase(scenarios);
+        QCOMPARE(Stage().play(text(c.script)), text(c.journal));
+    }
 
-void tst_OXUrls::worksFromScripts()
-{
-    OXUrls *const urls = OXUrls::instance();
-    urls->initialize(write(document()), text("production"), text("us"));
-    QCOMPARE(urls->regionsValue(text("account"), text("urlQuery")).toMap(),
-             (QVariantMap{{text("never"), text("read")}}));
-    QJSEngine engine;
-    QQmlEngine::setObjectOwnership(urls, QQmlEngine::CppOwnership);
-    engine.globalObject().setProperty(text("urls"), engine.newQObject(urls));
-    const auto result = [&engine](const char *script) { return engine.evaluate(text(script)).toString(); };
-    QCOMPARE(result("urls.url('account', '/x')"), text("https://us.example.com/base//x"));
-    QCOMPARE(result("urls.url('bare', 'x', true)"), text("https://bare.example.com/x"));
-    QCOMPARE(result("urls.region = 'eu'; urls.baseUrl('account')"), text("https://account.example.com/base"));
-    QCOMPARE(result("urls.dataValue('account', 'limit')"), text("5"));
-    QCOMPARE(result("urls.urlInfo('account').data.mode"), text("plain"));
-    QCOMPARE(result("urls.urlInfo('account').note[0]"), text("kept"));
-    QVERIFY(QMetaType::type("QUrlQuery") != QMetaType::UnknownType);
-}
-
-void tst_OXUrls::listsItsInterfaceInOrder()
-{
-    const QMetaObject &meta = OXUrls::staticMetaObject;
-    QStringList methods;
-    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i)
-        methods << text(meta.method(i).typeName()) + text(" ") + text(meta.method(i).methodSignature());
-    QCOMPARE(methods.join(text("; ")),
-             text("void environmentChanged(QString); void regionChanged(QString); QUrl baseUrl(QString); "
-                  "QVariant dataValue(QString,QString); QVariantMap urlInfo(QString); "
-                  "QUrl url(QString,QString,bool,QUrlQuery); QUrl url(QString,QString,bool); "
-                  "QUrl url(QString,QString); QUrl url(QString)"));
-    QCOMPARE(meta.propertyCount() - meta.propertyOffset(), 2);
-    QCOMPARE(text(meta.property(meta.propertyOffset()).name()), text("environment"));
-    QCOMPARE(OXUrls::DefaultEnvironment, text("production"));
-}
+    void listsItsInterfaceInOrder()
+    {
+        const QMetaObject &meta = OXUrls::staticMetaObject;
+        QByteArray names;
+        for (int i = meta.methodOffset(); i < meta.methodCount(); ++i)
+            names += meta.method(i).typeName() + QByteArray(" ") + meta.method(i).methodSignature() + "; ";
+        for (int i = meta.propertyOffset(); i < meta.propertyCount(); ++i)
+            names += QByteArray(meta.property(i).name()) + "; ";
+        QCOMPARE(names.constData(),
+                 "void environmentChanged(QString); void regionChanged(QString); QUrl baseUrl(QString); "
+                 "QVariant dataValue(QString,QString); QVariantMap urlInfo(QString); "
+                 "QUrl url(QString,QString,bool,QUrlQuery); QUrl url(QString,QString,bool); "
+                 "QUrl url(QString,QString); QUrl url(QString); environment; region; ");
+    }
+};
 
 QTEST_GUILESS_MAIN(tst_OXUrls)
 #include "tst_OXUrls.moc"

@@ -103,9 +103,11 @@ public:
     void setStatus(ConnectivityStatus status);
 
 Q_SIGNALS:
-    void statusChanged(ConnectivityStatus a_NewState); ///< The stored status has become @p a_NewState.
+    // The signatures are interface and stay unqualified; the type is registered under this name, too.
+    /// The stored status has become @p a_NewState.
+    void statusChanged(ConnectivityStatus a_NewState); // clazy:exclude=fully-qualified-moc-types
     /// @p a_NewState was set, be it new or the same again; status() is still the earlier one.
-    void statusReceived(ConnectivityStatus a_NewState);
+    void statusReceived(ConnectivityStatus a_NewState); // clazy:exclude=fully-qualified-moc-types
     void urlChanged(QUrl a_NewUrl); ///< The probe URL has become @p a_NewUrl.
     void timeoutChanged(int a_NewTimeout); ///< The time limit has become @p a_NewTimeout ms.
     void scheduleTimeoutChanged(int scheduleTimeout); ///< The pause between checks has become this many ms.

@@ -1,161 +1,73 @@
 #include "ScriptedServer.h"
 
-#include <QPointer>
 #include <QTcpSocket>
 #include <QTimer>
 
 #ifdef Q_OS_WIN
 #    include <winsock2.h>
-#    define SHUT_WR SD_SEND
-using NativeSocket = SOCKET;
 #else
 #    include <sys/socket.h>
-using NativeSocket = int;
 #endif
 
 namespace {
 
-using Step = ScriptedServer::Step;
-
-QByteArray head(int status, const QByteArray &fields, int length)
+// How much of what was received is the first request; 0 as long as that is incomplete.
+int requestSize(const QByteArray &received)
 {
-    return "HTTP/1.1 " + QByteArray::number(status) + " Scripted\r\n" + fields
-        + "Content-Length: " + QByteArray::number(length) + "\r\n\r\n";
-}
-
-void flush(QTcpSocket *socket)
-{
-    while (socket->bytesToWrite() > 0 && socket->waitForBytesWritten(1000)) { }
-}
-
-void halfClose(QTcpSocket *socket)
-{
-    flush(socket);
-    ::shutdown(static_cast<NativeSocket>(socket->socketDescriptor()), SHUT_WR);
+    int size = received.indexOf("\r\n\r\n") + 4;
+    const QList<QByteArray> lines = received.left(size).toLower().split('\n');
+    for (const QByteArray &line : lines) {
+        if (line.startsWith("content-length:"))
+            size += line.mid(15).trimmed().toInt();
+    }
+    return size < 4 || received.size() < size ? 0 : size;
 }
 
 void reset(QTcpSocket *socket)
 {
-    flush(socket);
+    while (socket->bytesToWrite() > 0 && socket->waitForBytesWritten(1000)) { }
     const linger drop{1, 0};
-    ::setsockopt(static_cast<NativeSocket>(socket->socketDescriptor()), SOL_SOCKET, SO_LINGER,
-                 reinterpret_cast<const char *>(&drop), sizeof drop);
+    const int result = ::setsockopt(int(socket->socketDescriptor()), SOL_SOCKET, SO_LINGER,
+                                    reinterpret_cast<const char *>(&drop), sizeof drop);
+    if (result != 0 && socket->state() == QTcpSocket::ConnectedState)
+        qFatal("ScriptedServer: this would be no reset");
     socket->abort();
 }
 
-int bodySize(const QByteArray &headers)
+void send(QTcpSocket *socket, const ScriptedServer::Answer &answer)
 {
-    const QByteArray name("\r\ncontent-length:");
-    const int start = headers.indexOf(name);
-    const int value = start + name.size();
-    return start < 0 ? 0 : headers.mid(value, headers.indexOf('\r', value) - value).trimmed().toInt();
+    QTimer::singleShot(answer.pause, socket, [socket, rest = answer]() mutable {
+        socket->write(rest.bytes.left(rest.piece));
+        rest.bytes.remove(0, rest.piece);
+        if (!rest.bytes.isEmpty())
+            send(socket, rest);
+        else if (rest.end == ScriptedServer::Hang)
+            socket->disconnect(SIGNAL(readyRead()));
+        else if (rest.end == ScriptedServer::Close)
+            socket->disconnectFromHost();
+        else if (rest.end == ScriptedServer::Reset)
+            reset(socket);
+    });
 }
-
-// Takes the first whole request off the buffer.
-bool take(QByteArray *buffer, ScriptedServer::Request *request)
-{
-    const int headEnd = buffer->indexOf("\r\n\r\n");
-    if (headEnd < 0)
-        return false;
-    const int lineEnd = buffer->indexOf("\r\n");
-    const QByteArray headers = buffer->mid(lineEnd, headEnd + 2 - lineEnd).toLower();
-    const int start = headEnd + 4;
-    const int size = bodySize(headers);
-    if (buffer->size() < start + size)
-        return false;
-
-    const QList<QByteArray> words = buffer->left(lineEnd).split(' ');
-    *request = {words.value(0), words.value(1), headers, buffer->mid(start, size)};
-    buffer->remove(0, start + size);
-    return true;
-}
-
-// Plays scripts on one connection, one request after the other.
-class Conversation : public QObject {
-public:
-    using Handler = std::function<ScriptedServer::Script(const ScriptedServer::Request &)>;
-
-    Conversation(QTcpSocket *socket, Handler handler)
-        : QObject(socket), m_socket(socket), m_handler(std::move(handler))
-    {
-        m_pause.setSingleShot(true);
-        connect(&m_pause, &QTimer::timeout, this, &Conversation::play);
-        connect(socket, &QTcpSocket::readyRead, this, &Conversation::read);
-    }
-
-private:
-    void read()
-    {
-        m_received += m_socket->readAll();
-        if (!m_pause.isActive())
-            play();
-    }
-
-    void play()
-    {
-        ScriptedServer::Request request;
-        while (!m_script.isEmpty() || take(&m_received, &request)) {
-            if (m_script.isEmpty())
-                m_script = m_handler(request);
-            else if (!perform(m_script.takeFirst()))
-                return;
-        }
-    }
-
-    // Whether the next step follows at once.
-    bool perform(const Step &step)
-    {
-        switch (step.kind) {
-        case Step::Send:
-            m_socket->write(step.bytes);
-            return true;
-        case Step::Pause:
-            m_pause.start(step.ms);
-            return false;
-        case Step::HalfClose:
-            halfClose(m_socket);
-            return true;
-        case Step::Close:
-            m_socket->disconnectFromHost();
-            return false;
-        case Step::Reset:
-            reset(m_socket);
-            return false;
-        case Step::Hang:
-            break;
-        }
-        m_socket->disconnect(this);
-        return false;
-    }
-
-    QTcpSocket *m_socket;
-    Handler m_handler;
-    QTimer m_pause;
-    QByteArray m_received;
-    ScriptedServer::Script m_script;
-};
 
 } // namespace
 
-ScriptedServer::ScriptedServer(Handler handler, Recording recording)
-    : m_handler(std::move(handler)), m_recording(recording)
+ScriptedServer::ScriptedServer(std::function<Answer()> answer)
 {
-    QObject::connect(&m_server, &QTcpServer::newConnection, &m_server, [this] {
-        while (QTcpSocket *const socket = m_server.nextPendingConnection())
-            serve(socket);
+    const auto serve = [this, answer](QTcpSocket *socket) {
+        if (const int size = requestSize(socket->peek(socket->bytesAvailable()))) {
+            m_lastRequest = socket->read(size);
+            send(socket, answer());
+        }
+    };
+    QObject::connect(&m_server, &QTcpServer::newConnection, &m_server, [this, serve] {
+        while (QTcpSocket *const socket = m_server.nextPendingConnection()) {
+            QObject::connect(socket, &QTcpSocket::readyRead, socket, [socket, serve] { serve(socket); });
+            QObject::connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
+        }
     });
     if (!m_server.listen(QHostAddress::LocalHost))
         qFatal("ScriptedServer: %s", qPrintable(m_server.errorString()));
-}
-
-void ScriptedServer::serve(QTcpSocket *socket)
-{
-    QObject::connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
-    new Conversation(socket, [this](const Request &request) {
-        if (m_recording == Keep)
-            m_requests << request;
-        return m_handler(request);
-    });
 }
 
 QUrl ScriptedServer::url(const char *path) const
@@ -163,57 +75,28 @@ QUrl ScriptedServer::url(const char *path) const
     return QUrl(QStringLiteral("http://127.0.0.1:%1%2").arg(m_server.serverPort()).arg(QLatin1String(path)));
 }
 
-ScriptedServer::Script ScriptedServer::page(const QByteArray &body, int status)
+ScriptedServer::Answer ScriptedServer::page(const QByteArray &body, int status, const QByteArray &headerLines)
 {
-    return {{Step::Send, head(status, {}, body.size()) + body}};
+    return {"HTTP/1.1 " + QByteArray::number(status) + " Scripted\r\n" + headerLines
+            + "Content-Length: " + QByteArray::number(body.size()) + "\r\n\r\n" + body};
 }
 
-ScriptedServer::Script ScriptedServer::redirect(const QByteArray &location)
+const QMap<QByteArray, ScriptedServer::Answer> &ScriptedServer::faults()
 {
-    return {{Step::Send, head(302, "Location: " + location + "\r\n", 0)}};
-}
-
-ScriptedServer::Script ScriptedServer::hangInBody()
-{
-    return {{Step::Send, head(200, {}, 100) + "part"}, {Step::Hang}};
-}
-
-ScriptedServer::Script ScriptedServer::drip(int length, int ms)
-{
-    Script script{{Step::Send, head(200, {}, length)}};
-    for (int i = 0; i < length; ++i)
-        script << Step{Step::Pause, {}, ms} << Step{Step::Send, "x"};
-    return script;
-}
-
-ScriptedServer::Script ScriptedServer::closeInHeader()
-{
-    return {{Step::Send, "HTTP/1.1 200 Scripted\r\nContent-"}, {Step::Close}};
-}
-
-ScriptedServer::Script ScriptedServer::closeInBody()
-{
-    return {{Step::Send, head(200, {}, 100) + "part"}, {Step::Close}};
-}
-
-ScriptedServer::Script ScriptedServer::halfCloseInBody()
-{
-    return {{Step::Send, head(200, {}, 100) + "part"}, {Step::HalfClose}};
-}
-
-ScriptedServer::Script ScriptedServer::resetInBody()
-{
-    return {{Step::Send, head(200, {}, 100) + "part"}, {Step::Reset}};
-}
-
-ScriptedServer::Script ScriptedServer::garbage()
-{
-    static const char bytes[] = "\x16\x03\x01\0\xff\xfe no HTTP \r\n\r\n";
-    return {{Step::Send, QByteArray(bytes, sizeof bytes)}, {Step::Close}};
-}
-
-ScriptedServer::Script ScriptedServer::endlessHeader(int lines)
-{
-    return {{Step::Send, "HTTP/1.1 200 Scripted\r\n" + QByteArray("X-Filler: x\r\n").repeated(lines)},
-            {Step::Hang}};
+    static const QByteArray whole = page(QByteArray(10000, 'x')).bytes;
+    static const QByteArray part = whole.left(1000);
+    static const QMap<QByteArray, Answer> answers{
+        {"hang", {"", Hang}},
+        {"hang in body", {part, Hang}},
+        {"drip", {whole, Keep, 5, 1}},
+        {"endless header",
+         {"HTTP/1.1 200 Scripted\r\n" + QByteArray("X-Filler: x\r\n").repeated(1000), Hang}},
+        {"close at once", {"", Close}},
+        {"close in header", {part.left(30), Close}},
+        {"close in body", {part, Close}},
+        {"reset", {"", Reset}},
+        {"reset in body", {part, Reset}},
+        {"no HTTP", {"\x16\x03\x01\xff\xfe no HTTP \r\n\r\n", Close}},
+    };
+    return answers;
 }

@@ -1,88 +1,55 @@
 #ifndef SCRIPTEDSERVER_H
 #define SCRIPTEDSERVER_H
 
-#include <QByteArray>
-#include <QList>
+#include <QMap>
 #include <QTcpServer>
 #include <QUrl>
-#include <QVector>
 
 #include <functional>
 
 /**
- * An HTTP server on a free port of the loopback interface that answers by script: well or badly.
+ * An HTTP server on a free port of the loopback interface that answers as it is told: well or badly.
  *
- * A handler turns each request into a list of steps. Connections stay open for further requests unless a
- * step ends them. All of it runs on the event loop of the thread that made the server.
+ * All of it runs on the event loop of the thread that made the server.
  *
  * @code
- * ScriptedServer server([](const ScriptedServer::Request &) { return ScriptedServer::page("hello"); });
+ * ScriptedServer server([] { return ScriptedServer::page("hello"); });
  * get(server.url("/any"));
  * @endcode
  */
 class ScriptedServer {
 public:
-    struct Request {
-        QByteArray method;
-        QByteArray path; ///< With the query.
-        QByteArray headers; ///< As received, in lower case, without the request line.
-        QByteArray body;
+    /// What becomes of the connection after an answer.
+    enum End {
+        Keep, ///< It waits for the next request.
+        Hang, ///< It stays open, but nothing is answered any more.
+        Close,
+        Reset ///< It is dropped with a TCP reset.
     };
 
-    struct Step {
-        enum Kind {
-            Send, ///< The bytes.
-            Pause, ///< For some milliseconds.
-            Hang, ///< For good.
-            HalfClose, ///< Sends no more, but goes on reading.
-            Close, ///< Both directions, in order.
-            Reset ///< Drops the connection with a TCP reset.
-        };
-        Kind kind;
-        QByteArray bytes = {};
-        int ms = 0;
-    };
-    using Script = QVector<Step>;
-    using Handler = std::function<Script(const Request &)>;
-
-    enum Recording {
-        Keep,
-        Forget
+    struct Answer {
+        QByteArray bytes; ///< All that is sent, header lines included.
+        End end = Keep;
+        int pause = 0; ///< Milliseconds before each piece.
+        int piece = 1 << 30; ///< Bytes that are sent at a time.
     };
 
-    explicit ScriptedServer(Handler handler, Recording recording = Keep);
+    /// @p answer is called for each request.
+    explicit ScriptedServer(std::function<Answer()> answer);
 
     /// The address of @p path, which starts with a slash.
     QUrl url(const char *path = "/") const;
 
-    /// All requests so far, in order of arrival, if the server keeps them.
-    const QList<Request> &requests() const { return m_requests; }
+    const QByteArray &lastRequest() const { return m_lastRequest; } ///< As received.
 
-    // Well-behaved scripts.
-    static Script page(const QByteArray &body, int status = 200);
-    static Script redirect(const QByteArray &location);
+    static Answer page(const QByteArray &body, int status = 200, const QByteArray &headerLines = {});
 
-    // Faults.
-    static Script hang() { return {{Step::Hang}}; } ///< Never answers.
-    static Script hangInBody(); ///< Promises more than it sends, and waits.
-    static Script drip(int length, int ms); ///< A page byte by byte, each after a pause.
-    static Script closeAtOnce() { return {{Step::Close}}; }
-    static Script closeInHeader();
-    static Script closeInBody(); ///< Promises more than it sends, and closes.
-    static Script halfClose() { return {{Step::HalfClose}}; }
-    static Script halfCloseInBody();
-    static Script reset() { return {{Step::Reset}}; }
-    static Script resetInBody();
-    static Script garbage(); ///< No HTTP at all.
-    static Script endlessHeader(int lines); ///< Header lines without an end, then waits.
+    /// Answers that are of no use to any client, by name.
+    static const QMap<QByteArray, Answer> &faults();
 
 private:
-    void serve(QTcpSocket *socket);
-
+    QByteArray m_lastRequest;
     QTcpServer m_server;
-    Handler m_handler;
-    Recording m_recording;
-    QList<Request> m_requests;
 };
 
 #endif
