@@ -49,6 +49,7 @@ function(hxcommon_add_test name)
   set_tests_properties(${name} PROPERTIES
     LABELS "${arg_LABELS}"
     TIMEOUT 300
+    FIXTURES_REQUIRED emulator
     ENVIRONMENT "HOME=${sandbox};TMPDIR=${sandbox}/tmp;APPDATA=${sandbox}/appdata;QT_QPA_PLATFORM=offscreen"
     ENVIRONMENT_MODIFICATION "QT_LOGGING_RULES=unset:;QT_MESSAGE_PATTERN=unset:;QT_FATAL_WARNINGS=unset:;QML_LOCAL_PATH=unset:")
 endfunction()

@@ -1,4 +1,4 @@
-# Cross-builds for 64-bit Windows with Debian's MinGW and the Qt that "scripts/setup windows" unpacks; programs run
+# Cross-builds for 64-bit Windows with Debian's MinGW and the Qt that "scripts/setup --windows" provides; programs run
 # through Wine.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
