@@ -15,13 +15,7 @@
 #include <QThread>
 
 #include <csignal>
-#include <cstdio>
-
-static void print(std::FILE *file, const QByteArray &bytes)
-{
-    std::fwrite(bytes.constData(), 1, std::size_t(bytes.size()), file);
-    std::fflush(file);
-}
+#include <iostream>
 
 int main(int argc, char **argv)
 {
@@ -29,9 +23,8 @@ int main(int argc, char **argv)
     const QCoreApplication application(argc, argv);
     const QStringList arguments = QCoreApplication::arguments().mid(1);
     QFile record(qEnvironmentVariable("RECORD"));
-    if (record.open(QIODevice::WriteOnly))
+    if (record.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
         record.write((arguments + QStringList{QString()}).join(QChar(0)).toUtf8());
-    record.close();
 
     const bool isSsh = arguments.value(0) == QLatin1String("-o");
     const QStringList steps = arguments.mid(isSsh ? 9 : 0).join(QLatin1Char('|')).split(QLatin1Char('|'));
@@ -39,13 +32,14 @@ int main(int argc, char **argv)
         const QByteArray name = step.trimmed().section(QLatin1Char('='), 0, 0).toUtf8();
         const QByteArray value = step.trimmed().section(QLatin1Char('='), 1).toUtf8();
         if (name == "out" || name == "err")
-            print(name == "out" ? stdout : stderr, QByteArray::fromPercentEncoding(value, '^'));
+            (name == "out" ? std::cout : std::cerr)
+                << QByteArray::fromPercentEncoding(value, '^').toStdString() << std::flush;
         else if (name == "exit")
             return value.toInt();
         else if (name == "root" && !QDir::current().isRoot())
             return 99;
         else if (name == "stdin")
-            std::getchar();
+            std::cin.get();
         else if (name == "deaf")
             std::signal(SIGTERM, SIG_IGN);
         else if (name == "hang" && value == "m-1")
