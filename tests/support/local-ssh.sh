@@ -15,7 +15,7 @@ done
 cat >bin/ssh <<END
 #!/bin/sh
 exec $(command -v ssh) -F none -o BatchMode=yes -o IdentitiesOnly=yes -o IdentityAgent=none \\
-    -o UserKnownHostsFile=/dev/null -o "ProxyCommand $(command -v sshd) -i -f none -o UsePAM=no \\
+    -o UserKnownHostsFile='$PWD/known_hosts' -o "ProxyCommand $(command -v sshd) -i -f none -o UsePAM=no \\
     -o StrictModes=no -o PermitRootLogin=yes -o HostKey='$PWD/certificates/host_rsa' \\
     -o AuthorizedKeysFile='$PWD/certificates/$(id -un)_rsa.pub'" "\$@"
 END
