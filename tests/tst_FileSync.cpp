@@ -1,5 +1,5 @@
 // Jobs: what reaches the child and becomes of it, what the job reports and leaves. A stand-in plays ssh and
-// the commands, except in the last tests.
+// the commands, except in runsRealPrograms().
 
 #include <AppConfig.h>
 #include <FileSync.h>
