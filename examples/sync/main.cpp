@@ -10,6 +10,11 @@
 
 #include <cstdio>
 
+#ifdef Q_OS_WIN
+#    include <fcntl.h>
+#    include <io.h>
+#endif
+
 namespace {
 
 constexpr int wrongCommandLine = 64;
@@ -95,6 +100,9 @@ struct Job {
 // The output is shown as it comes: rsync and its like draw their own progress on a terminal.
 void showOutputOf(FileSync &sync)
 {
+#ifdef Q_OS_WIN
+    _setmode(_fileno(stdout), _O_BINARY); // line ends are the child's own
+#endif
     auto *const process = sync.findChild<QProcess *>();
     QObject::connect(process, &QProcess::readyReadStandardOutput, process, [process] {
         const QByteArray output = process->readAllStandardOutput();
