@@ -285,7 +285,7 @@ void tst_AppConfig::exits()
     QVERIFY(startQuietly());
     const QtMessageHandler handler = qInstallMessageHandler(nullptr);
     qInstallMessageHandler(handler);
-    QTimer::singleShot(0, [handler] {
+    QTimer::singleShot(0, qApp, [handler] {
         for (const char *message : {"not shown", "shown"})
             handler(QtFatalMsg, QMessageLogContext("file", 1, "f", "default"), text(message));
         AppConfig::exit(7);
@@ -311,7 +311,7 @@ void tst_AppConfig::endsOnSignal()
     QVERIFY(startQuietly() && AppConfig::cleanExit() && AppConfig::cleanExit());
     QSignalSpy requests(AppConfig::instance(), &AppConfig::shutdownRequested);
     for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
-        QTimer::singleShot(0, [number] { std::raise(number); });
+        QTimer::singleShot(0, qApp, [number] { std::raise(number); });
         QCOMPARE(QCoreApplication::exec(), 0);
         QCOMPARE(requests.takeFirst(), QVariantList{number});
     }

@@ -150,7 +150,7 @@ private Q_SLOTS:
         auto *config = new ECGConfig;
         ECGLibrary library;
         library.insert(&replaced);
-        QVERIFY(QMetaObject::invokeMethod(&library, "insert", Q_ARG(ECGConfig *, config)));
+        QVERIFY(QMetaObject::invokeMethod(&library, "insert", QGenericArgument("ECGConfig*", &config)));
         config->setRhythm(-5);
         library.insert(config); // under two ids, and yet deleted once
         QCOMPARE(library.configs(), (QMap<int, ECGConfig *>{{-5, config}, {0, config}}));
@@ -173,7 +173,7 @@ private Q_SLOTS:
 
         QByteArrayList lines;
         const auto list = [&lines, adults](const char *age, const ECGLibrary *library) {
-            connect(library, &QObject::destroyed, [age] {
+            connect(library, &QObject::destroyed, library, [age] {
                 std::fprintf(stderr, "%s: %s\n", ECGLibrary::m_DefaultECGLibrary ? "deleted" : "reset", age);
             });
             lines << age + (": " + QByteArray::number(library->configs().size())) + " rhythms";

@@ -15,7 +15,6 @@ namespace {
 
 using Reports = QVector<int>;
 
-constexpr auto finished = qOverload<int, QProcess::ExitStatus>(&QProcess::finished);
 constexpr bool isWindows = QOperatingSystemVersion::currentType() == QOperatingSystemVersion::Windows;
 
 #define HOSTILE "a  b'c\"d\\;touch marker;$(touch marker)`touch marker`&|$PATH*ü€\n%1%2"
@@ -271,7 +270,8 @@ private Q_SLOTS:
         const Reports reports = runJob([&copy](FileSync &job) {
             job.syncFile(text("c"), text("source"), text("copy"), QString(), true); // does nothing
             job.onHostChanged(text("early")); // nor do these, for want of a running command
-            connect(processOf(job), finished, &job, [&job] { job.onHostChanged(text("late")); });
+            connect(processOf(job), qOverload<int, QProcess::ExitStatus>(&QProcess::finished), &job,
+                    [&job] { job.onHostChanged(text("late")); });
             if (*copy.command)
                 job.syncFile(text(copy.command), text(copy.source), text(copy.target), text("h"), true);
             else
@@ -304,9 +304,11 @@ private Q_SLOTS:
         QStringList arguments{text("m-1,M-1|"), text(end.steps)};
         int ended = 0;
         const Reports reports = runJob([&](FileSync &job) {
-            connect(processOf(job), finished, [&ended] { ++ended; });
+            QProcess *const process = processOf(job);
+            connect(process, qOverload<int, QProcess::ExitStatus>(&QProcess::finished), process,
+                    [&ended] { ++ended; });
             job.executeCommand(m_program, arguments, text("m-1"), QString());
-            QVERIFY(QSignalSpy(processOf(job), &QProcess::readyReadStandardOutput).wait(20000));
+            QVERIFY(QSignalSpy(process, &QProcess::readyReadStandardOutput).wait(20000));
             job.onHostChanged(text(end.newHost));
             if (!end.newHost)
                 QMetaObject::invokeMethod(&job, "onError",

@@ -247,7 +247,7 @@ private:
     // The file under another name: Qt remembers what it wrote under this one.
     QString copy() const
     {
-        const QString name = m_directory->filePath(QStringLiteral("copy.ini"));
+        QString name = m_directory->filePath(QStringLiteral("copy.ini"));
         QFile::remove(name);
         QFile::copy(m_path, name);
         return name;

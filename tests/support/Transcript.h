@@ -27,10 +27,11 @@ inline void addRuns(const QStringList &transcripts)
     for (const QString &path : transcripts) {
         QFile file(path);
         QVERIFY(file.open(QIODevice::ReadOnly | QIODevice::Text));
-        const QStringList runs = QString::fromUtf8(file.readAll()).split(QStringLiteral("\n$ "));
-        for (const QString &run : runs.mid(1)) {
+        QStringList runs = QString::fromUtf8(file.readAll()).split(QStringLiteral("\n$ "));
+        const QString forAll = runs.takeFirst();
+        for (const QString &run : qAsConst(runs)) {
             const QString options = run.section(QLatin1Char('\n'), 0, 0);
-            const QStringList lines = {options, runs.first(), run.section(QLatin1Char('\n'), 1)};
+            const QStringList lines = {options, forAll, run.section(QLatin1Char('\n'), 1)};
             QTest::newRow(qPrintable(options)) << lines.join(QLatin1Char('\n'));
         }
     }
@@ -40,7 +41,8 @@ inline void addRuns(const QStringList &transcripts)
 inline QByteArray marked(const QByteArray &text, const char *prefix)
 {
     QByteArray result;
-    for (const QByteArray &line : text.split('\n'))
+    const QByteArrayList lines = text.split('\n');
+    for (const QByteArray &line : lines)
         result += line.trimmed().isEmpty() ? QByteArray() : prefix + line.simplified() + '\n';
     return result;
 }
