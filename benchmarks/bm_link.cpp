@@ -19,8 +19,7 @@ namespace {
 
 using Communication::CrcCCITT;
 using Communication::LogicalLinkControl;
-using LinkData::Bytes;
-using LinkData::operator+;
+using namespace LinkData;
 
 // ---- the implementations under one set of names ----
 
@@ -83,7 +82,7 @@ std::vector<Bytes> messages(const Mix &mix, std::size_t size)
     std::mt19937 generator(1);
     std::vector<Bytes> result;
     for (std::size_t total = 0; total < 0x8000; total += size)
-        result.push_back(LinkData::bytes(generator, mix.zeroInterval, size));
+        result.push_back(bytes(generator, mix.zeroInterval, size));
     return result;
 }
 

@@ -33,7 +33,7 @@ TEST(Fields, readsNothingBeyondTheEnd)
     const auto expectRead = [&v](auto retrieve, unsigned int size, unsigned int start) {
         unsigned int position = start;
         const bool there = start <= 4 && size <= 4 - start;
-        EXPECT_EQ(retrieve(v, position) != 0, there) << start;
+        EXPECT_EQ(static_cast<bool>(retrieve(v, position)), there) << start;
         EXPECT_EQ(position, there ? start + size : start) << start;
     };
     for (const unsigned int start : {0U, 1U, 2U, 3U, 4U, 5U, ~0U - 3, ~0U - 2, ~0U - 1, ~0U}) {
