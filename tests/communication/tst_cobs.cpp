@@ -16,7 +16,8 @@ Bytes appended(bool (*codec)(const Bytes &, Bytes &), const Bytes &in)
 
 using Vector = std::pair<Bytes, Bytes>; // the data and the blocks
 
-// The published examples, with the block that this link always opens behind a full one.
+// The published examples, with any long run, and with the block that this link always opens behind a full
+// one.
 const Vector published[] = {
     {{0x00}, {0x01, 0x01}},
     {{0x00, 0x11, 0x00}, {0x01, 0x02, 0x11, 0x01}},
