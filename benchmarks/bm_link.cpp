@@ -19,7 +19,7 @@ namespace {
 
 using Communication::CrcCCITT;
 using Communication::LogicalLinkControl;
-using LinkData::Bytes;
+using namespace LinkData;
 
 // ---- the implementations under one set of names ----
 
@@ -35,12 +35,12 @@ struct Own {
 
 struct Plain {
     static constexpr char name[] = "plain";
-    using Link = PlainLink::Link<>;
+    using Link = PlainLink::Link;
 
     static unsigned int crc(Bytes &data) { return PlainLink::calcCrc(data.data(), data.size()); }
     static void encode(const Bytes &in, Bytes &out) { PlainLink::cobsEncode(in, out); }
     static void decode(const Bytes &in, Bytes &out) { PlainLink::cobsDecode(in, out); }
-    static void frame(Link &link, Bytes &message, Bytes &frame) { link.encodeMessage(message, frame); }
+    static void frame(Link &link, Bytes &message, Bytes &frame) { link.encode_message(message, frame); }
 };
 
 struct Boost {
@@ -67,13 +67,22 @@ struct Memcpy {
 
 // ---- data ----
 
+struct Mix {
+    const char *name;
+    std::size_t zeroInterval; // one of so many bytes is zero on average
+};
+
+constexpr Mix mixes[] = {
+    {"random", 256}, {"zero-free", 1U << 31}, {"all-zero", 1}, {"sparse", 16}, {"dense", 2}};
+const Mix &randomMix = mixes[0];
+
 // So many different messages that no processor learns them by heart, and so few that they stay in its cache.
-std::vector<Bytes> messages(const LinkData::Mix &mix, std::size_t size)
+std::vector<Bytes> messages(const Mix &mix, std::size_t size)
 {
     std::mt19937 generator(1);
     std::vector<Bytes> result;
     for (std::size_t total = 0; total < 0x8000; total += size)
-        result.push_back(LinkData::bytes(generator, mix, size));
+        result.push_back(bytes(generator, mix.zeroInterval, size));
     return result;
 }
 
@@ -92,7 +101,7 @@ template <typename Work> void measure(benchmark::State &state, std::vector<Bytes
 {
     Bytes out = reusedVector();
     std::size_t next = 0;
-    const AllocationCount allocations;
+    const long allocations = allocationCount;
     for (auto _ : state) {
         work(inputs[next], out);
         benchmark::DoNotOptimize(out.data());
@@ -100,20 +109,18 @@ template <typename Work> void measure(benchmark::State &state, std::vector<Bytes
         next = next + 1 < inputs.size() ? next + 1 : 0;
     }
     state.counters["allocations"] =
-        benchmark::Counter(double(allocations.value()), benchmark::Counter::kAvgIterations);
+        benchmark::Counter(double(allocationCount - allocations), benchmark::Counter::kAvgIterations);
 }
 
 // ---- the functions ----
 
-template <typename Implementation>
-void calcCrc(benchmark::State &state, const LinkData::Mix &mix, std::size_t size)
+template <typename Implementation> void calcCrc(benchmark::State &state, const Mix &mix, std::size_t size)
 {
     measure(state, messages(mix, size),
             [](Bytes &in, Bytes &) { benchmark::DoNotOptimize(Implementation::crc(in)); });
 }
 
-template <typename Implementation>
-void cobs_encode(benchmark::State &state, const LinkData::Mix &mix, std::size_t size)
+template <typename Implementation> void cobs_encode(benchmark::State &state, const Mix &mix, std::size_t size)
 {
     measure(state, messages(mix, size), [](Bytes &in, Bytes &out) {
         out.assign(1, 0);
@@ -121,8 +128,7 @@ void cobs_encode(benchmark::State &state, const LinkData::Mix &mix, std::size_t 
     });
 }
 
-template <typename Implementation>
-void cobs_decode(benchmark::State &state, const LinkData::Mix &mix, std::size_t size)
+template <typename Implementation> void cobs_decode(benchmark::State &state, const Mix &mix, std::size_t size)
 {
     std::vector<Bytes> inputs = messages(mix, size);
     for (Bytes &input : inputs) {
@@ -136,7 +142,7 @@ void cobs_decode(benchmark::State &state, const LinkData::Mix &mix, std::size_t 
     });
 }
 
-void copy(benchmark::State &state, const LinkData::Mix &mix, std::size_t size)
+void copy(benchmark::State &state, const Mix &mix, std::size_t size)
 {
     measure(state, messages(mix, size), [](Bytes &in, Bytes &out) {
         out.clear();
@@ -145,7 +151,7 @@ void copy(benchmark::State &state, const LinkData::Mix &mix, std::size_t size)
 }
 
 template <typename Implementation>
-void encode_message(benchmark::State &state, const LinkData::Mix &mix, std::size_t size)
+void encode_message(benchmark::State &state, const Mix &mix, std::size_t size)
 {
     typename Implementation::Link link(255);
     std::vector<Bytes> inputs = messages(mix, size);
@@ -159,15 +165,15 @@ void encode_message(benchmark::State &state, const LinkData::Mix &mix, std::size
 
 // A stream of back-to-back frames that arrives in chunks; the time is that of one frame.
 template <typename Implementation>
-void receive(benchmark::State &state, const LinkData::Mix &mix, std::size_t size, std::size_t chunkSize)
+void receive(benchmark::State &state, const Mix &mix, std::size_t size, std::size_t chunkSize)
 {
     Bytes stream;
     Bytes frame;
-    PlainLink::Link<> sender(255);
+    PlainLink::Link sender(255);
     std::vector<Bytes> sent = messages(mix, size);
     for (Bytes &message : sent) {
-        sender.encodeMessage(message, frame);
-        LinkData::append(stream, frame);
+        sender.encode_message(message, frame);
+        stream = std::move(stream) + frame;
     }
 
     typename Implementation::Link link(255);
@@ -175,7 +181,7 @@ void receive(benchmark::State &state, const LinkData::Mix &mix, std::size_t size
     Bytes chunk = reusedVector();
     chunk.resize(1);
     std::size_t received = 0;
-    const AllocationCount allocations;
+    const long allocations = allocationCount;
     while (state.KeepRunningBatch(std::int64_t(sent.size()))) {
         for (auto from = stream.begin(); from != stream.end(); from += std::ptrdiff_t(chunk.size())) {
             if (chunkSize == 1)
@@ -193,7 +199,7 @@ void receive(benchmark::State &state, const LinkData::Mix &mix, std::size_t size
     if (received != std::size_t(state.iterations()))
         state.SkipWithError("messages were lost");
     state.counters["allocations"] =
-        benchmark::Counter(double(allocations.value()), benchmark::Counter::kAvgIterations);
+        benchmark::Counter(double(allocationCount - allocations), benchmark::Counter::kAvgIterations);
 }
 
 void noise(benchmark::State &state, bool inFrame, std::size_t size, std::size_t chunkSize)
@@ -217,21 +223,20 @@ void noise(benchmark::State &state, bool inFrame, std::size_t size, std::size_t 
 
 // ---- registration ----
 
-std::string caseName(const LinkData::Mix &mix, std::size_t size)
+std::string caseName(const Mix &mix, std::size_t size)
 {
     return std::string(mix.name) + '/' + std::to_string(size);
 }
 
-using Function = void (*)(benchmark::State &, const LinkData::Mix &, std::size_t);
+using Function = void (*)(benchmark::State &, const Mix &, std::size_t);
 
-void add(const char *function, const char *implementation, Function run, const LinkData::Mix &mix,
-         std::size_t size)
+void add(const char *function, const char *implementation, Function run, const Mix &mix, std::size_t size)
 {
     const std::string name = std::string(function) + '/' + implementation + '/' + caseName(mix, size);
     benchmark::RegisterBenchmark(name.c_str(), run, mix, size);
 }
 
-template <typename Implementation> void addCodec(const LinkData::Mix &mix, std::size_t size)
+template <typename Implementation> void addCodec(const Mix &mix, std::size_t size)
 {
     const char *name = Implementation::name;
     add("calcCrc", name, calcCrc<Implementation>, mix, size);
@@ -281,17 +286,17 @@ int main(int argc, char **argv)
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return 1;
     for (const std::size_t size : {16U, 64U, 255U}) {
-        for (const LinkData::Mix &mix : LinkData::mixes) {
+        for (const Mix &mix : mixes) {
             addCodec<Own>(mix, size);
             addCodec<Plain>(mix, size);
         }
-        add("calcCrc", Boost::name, calcCrc<Boost>, LinkData::random, size);
-        add("copy", Memcpy::name, copy, LinkData::random, size);
+        add("calcCrc", Boost::name, calcCrc<Boost>, randomMix, size);
+        add("copy", Memcpy::name, copy, randomMix, size);
     }
     addNoise();
     RatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
-    for (const LinkData::Mix &mix : LinkData::mixes) {
+    for (const Mix &mix : mixes) {
         printWithoutCrc(reporter, "encode_message", caseName(mix, 255));
         printWithoutCrc(reporter, "receive", caseName(mix, 255), "/chunks of 4096");
     }

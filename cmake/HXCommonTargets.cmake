@@ -43,7 +43,7 @@ function(hxcommon_add_test name)
     add_dependencies(${name} ${program})
   endforeach()
 
-  set(sandbox ${CMAKE_CURRENT_BINARY_DIR}/sandbox/${name})
+  set(sandbox ${PROJECT_BINARY_DIR}/tests/sandbox/${name})
   file(MAKE_DIRECTORY ${sandbox}/tmp)
   add_test(NAME ${name} COMMAND ${name} ${arg_ARGUMENTS} WORKING_DIRECTORY ${sandbox})
   set_tests_properties(${name} PROPERTIES

@@ -1,23 +1,13 @@
 #include "AllocationCount.h"
 
-#include <atomic>
 #include <cstdlib>
 #include <new>
 
-namespace {
-
-std::atomic<long> allocations{0};
-
-}
-
-long AllocationCount::total()
-{
-    return allocations;
-}
+std::atomic<long> allocationCount{0};
 
 void *operator new(std::size_t size)
 {
-    allocations.fetch_add(1, std::memory_order_relaxed);
+    allocationCount.fetch_add(1, std::memory_order_relaxed);
     if (void *memory = std::malloc(size))
         return memory;
     std::abort();

@@ -1,16 +1,10 @@
 #ifndef ALLOCATIONCOUNT_H
 #define ALLOCATIONCOUNT_H
 
-/// Counts the calls of operator new since it was made, by all threads. AllocationCount.cpp, which must be
-/// part of the program, replaces the operator.
-class AllocationCount {
-public:
-    long value() const { return total() - m_start; }
+#include <atomic>
 
-private:
-    static long total();
-
-    long m_start = total();
-};
+/// The calls of operator new so far, by all threads. AllocationCount.cpp, which must be part of the program,
+/// replaces the operator.
+extern std::atomic<long> allocationCount;
 
 #endif

@@ -3,7 +3,6 @@
 
 #include <cstddef>
 #include <random>
-#include <string>
 #include <vector>
 
 /// Bytes for the tests and benchmarks of the device link, the same on every platform for the same seed.
@@ -11,43 +10,33 @@ namespace LinkData {
 
 using Bytes = std::vector<unsigned char>;
 
-/// How often a zero comes among otherwise random bytes.
-struct Mix {
-    const char *name;
-    unsigned int zeros; ///< so many ...
-    unsigned int among; ///< ... of so many bytes are zero on average
-};
-
-constexpr Mix random{"random", 1, 256};
-constexpr Mix zeroFree{"zero-free", 0, 1};
-constexpr Mix allZero{"all-zero", 1, 1};
-constexpr Mix sparse{"sparse", 1, 16};
-constexpr Mix dense{"dense", 1, 2};
-constexpr Mix mixes[] = {random, zeroFree, allZero, sparse, dense};
-
 inline std::size_t below(std::mt19937 &generator, std::size_t limit)
 {
     return generator() % limit;
 }
 
-inline Bytes bytes(std::mt19937 &generator, const Mix &mix, std::size_t size)
+/// Random bytes, one of @p zeroInterval of which is zero on average.
+inline Bytes bytes(std::mt19937 &generator, std::size_t zeroInterval, std::size_t size)
 {
     Bytes result(size);
-    for (unsigned char &byte : result)
-        byte = below(generator, mix.among) < mix.zeros
-            ? 0
-            : static_cast<unsigned char>(1 + below(generator, 255));
+    for (unsigned char &byte : result) {
+        if (below(generator, zeroInterval) > 0)
+            byte = static_cast<unsigned char>(1 + below(generator, 255));
+    }
     return result;
 }
 
-inline Bytes fromText(const std::string &text)
+/// Bytes among which zeros are as frequent as in random data, sparse, dense, everywhere or nowhere.
+inline Bytes anyBytes(std::mt19937 &generator, std::size_t size)
 {
-    return Bytes(text.begin(), text.end());
+    constexpr std::size_t zeroIntervals[] = {256, 16, 2, 1, 1U << 31};
+    return bytes(generator, zeroIntervals[below(generator, std::size(zeroIntervals))], size);
 }
 
-inline void append(Bytes &to, const Bytes &more)
+inline Bytes operator+(Bytes left, const Bytes &right)
 {
-    to.insert(to.end(), more.begin(), more.end());
+    left.insert(left.end(), right.begin(), right.end());
+    return left;
 }
 
 } // namespace LinkData

@@ -3,10 +3,7 @@
 
 #include <vector>
 
-/**
- * The device link written down step by step, one byte and one push_back at a time: the oracle of the tests
- * and the peer of the benchmark. Slow on purpose.
- */
+/// The device link written down step by step, one byte and one push_back at a time. Slow on purpose.
 namespace PlainLink {
 
 using Bytes = std::vector<unsigned char>;
@@ -22,6 +19,11 @@ inline unsigned short calcCrc(const unsigned char *data, unsigned long long leng
         x = static_cast<unsigned short>(x ^ (x & 0xFF) << 5);
     }
     return x;
+}
+
+inline unsigned short messageCrc(const Bytes &message)
+{
+    return calcCrc(message.data(), message.size() % 256);
 }
 
 inline bool cobsEncode(const Bytes &in, Bytes &out)
@@ -61,46 +63,44 @@ inline bool cobsDecode(const Bytes &in, Bytes &out)
     return true;
 }
 
-using Crc = unsigned short (*)(const unsigned char *, unsigned long long);
+/// Appends @p crc to @p message and builds its frame.
+inline void buildFrame(Bytes &message, unsigned int crc, Bytes &frame)
+{
+    message.push_back(static_cast<unsigned char>(crc & 0xFF));
+    message.push_back(static_cast<unsigned char>(crc >> 8));
+    frame.clear();
+    frame.push_back(0);
+    cobsEncode(message, frame);
+    frame.push_back(0);
+}
 
-/// @tparam crc lets the benchmark take the checksum out.
-template <Crc crc = calcCrc> class Link {
+class Link {
 public:
     explicit Link(unsigned char maxMessageSize) : m_maxMessageSize(maxMessageSize)
     {
         m_buffer.reserve(maxMessageSize + 3U);
     }
 
-    bool encodeMessage(Bytes &message, Bytes &frame) const
+    bool encode_message(Bytes &message, Bytes &frame) const
     {
         if (message.empty() || message.size() > m_maxMessageSize)
             return false;
-        const unsigned short sum = crc(message.data(), message.size() % 256);
-        message.push_back(static_cast<unsigned char>(sum & 0xFF));
-        message.push_back(static_cast<unsigned char>(sum >> 8));
-        frame.clear();
-        frame.push_back(0);
-        cobsEncode(message, frame);
-        frame.push_back(0);
+        buildFrame(message, messageCrc(message), frame);
         return true;
     }
 
     unsigned int receive(const Bytes &input, unsigned int &position, Bytes &message)
     {
-        while (position < input.size()) {
-            const unsigned char byte = input[position];
-            if (byte != 0) {
+        for (; position < input.size(); ++position) {
+            if (input[position] != 0) {
                 if (m_state == 2)
-                    m_buffer.push_back(byte);
-                ++position;
-            } else if (m_state == 1) {
+                    m_buffer.push_back(input[position]);
+            } else if (m_state == 2 && m_buffer.size() > 3) {
+                m_state = 1;
+                return closeFrame(message);
+            } else {
                 m_buffer.clear();
                 m_state = 2;
-                ++position;
-            } else {
-                m_state = 1;
-                if (m_buffer.size() > 3)
-                    return closeFrame(message);
             }
         }
         return m_state;
@@ -115,7 +115,7 @@ private:
         message.pop_back();
         const int low = message.back();
         message.pop_back();
-        return crc(message.data(), message.size() % 256) == (high << 8 | low) ? 4 : 3;
+        return messageCrc(message) == (high << 8 | low) ? 4 : 3;
     }
 
     unsigned char m_maxMessageSize;
