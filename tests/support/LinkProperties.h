@@ -129,7 +129,7 @@ inline bool isFoundBehindNoise(unsigned char noise, const Bytes &bytes)
     const Bytes stream =
         Bytes(bytes.data(), bytes.data() + std::min<std::size_t>(noise, bytes.size())) + frame;
     const std::vector<Event> found = events(stream);
-    return found.size() > 1 && found.end()[-2] == Event(4, stream.size() - 1, bytes)
+    return found.size() > 1 && found[found.size() - 2] == Event(4, stream.size() - 1, bytes)
         && isReceived(noise, stream);
 }
 
