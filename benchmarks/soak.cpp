@@ -143,7 +143,7 @@ bool printUsage(const std::vector<qint64> &start, qint64 keptByDesign)
         std::printf("%-34s %10lld %10lld %10lld %10lld%s\n", measure.name, start[i], end, growth, allowed,
                     verdict(growth <= allowed, &good));
     }
-    std::printf("%-34s %32lld\n", "kept by design, bytes", static_cast<long long>(keptByDesign));
+    std::printf("%-34s %32lld\n", "kept by design, bytes", keptByDesign);
     return good;
 }
 

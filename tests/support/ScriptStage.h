@@ -6,7 +6,7 @@
 #include <QJSEngine>
 
 /// Plays scripts on the objects it is shown and keeps a journal of what comes of it. What a script can do
-/// besides are the callable from scripts members of the derived class.
+/// besides are the scriptable members of the derived class.
 class ScriptStage : public QObject {
     Q_OBJECT
 
