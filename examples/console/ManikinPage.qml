@@ -1,0 +1,60 @@
+import QtQuick 2.15
+import QtQuick.Controls 2.15
+import QtQuick.Layouts 1.15
+import Console 1.0
+
+RowLayout {
+    id: page
+
+    property string type: "Eyes"
+    property var states: ({}) // the chosen values by enumeration
+
+    spacing: Theme.gap
+
+    Card {
+        title: "Manikin"
+        Layout.fillWidth: false; Layout.preferredWidth: 270
+        SpinBox {
+            objectName: "manikinType"
+            to: 255
+            value: SimulatedManikin.type
+            textFromValue: type => "type " + type
+            onValueModified: SimulatedManikin.type = value
+            Layout.fillWidth: true
+        }
+        Label { objectName: "manikin"; text: Library.manikinName(SimulatedManikin.type); font.bold: true }
+        Label { objectName: "product"; text: Library.product(SimulatedManikin.type) || "No product"; color: Theme.faint }
+        ListView {
+            model: Library.vocabulary.map(e => e.type).filter((type, i, all) => all.indexOf(type) === i)
+            clip: true
+            Layout.fillWidth: true; Layout.fillHeight: true
+            ScrollBar.vertical: ScrollBar { }
+            delegate: ItemDelegate {
+                objectName: modelData
+                text: modelData
+                highlighted: page.type === modelData
+                width: ListView.view.width
+                onClicked: page.type = modelData
+                onActiveFocusChanged: if (activeFocus) ListView.view.positionViewAtIndex(index, ListView.Contain)
+            }
+        }
+    }
+    Card {
+        title: page.type
+        Repeater {
+            model: Library.vocabulary.filter(enumeration => enumeration.type === page.type)
+            ColumnLayout {
+                readonly property string key: modelData.type + "." + modelData.name
+                readonly property var value: page.states[key]
+                Label { text: modelData.name + (parent.value === undefined ? "" : " = " + parent.value); color: Theme.faint }
+                Choice {
+                    options: modelData.states
+                    value: parent.value
+                    onChosen: page.states = Object.assign({}, page.states, { [parent.key]: value })
+                    Layout.bottomMargin: Theme.gap
+                }
+            }
+        }
+        Item { Layout.fillHeight: true }
+    }
+}
