@@ -1,6 +1,4 @@
-import QtQuick 2.15
-import QtQuick.Controls 2.15
-import QtQuick.Layouts 1.15
+import QtQuick 2.15; import QtQuick.Controls 2.15; import QtQuick.Layouts 1.15
 import Console 1.0
 
 // Controls under a title. In a layout it takes its share of the space that is left.
@@ -10,10 +8,8 @@ Rectangle {
 
     implicitWidth: column.implicitWidth + 2 * Theme.gap
     implicitHeight: column.implicitHeight + 2 * Theme.gap
-    Layout.fillWidth: true
-    Layout.fillHeight: true
-    radius: 6
-    color: Theme.card
+    Layout.fillWidth: true; Layout.fillHeight: true
+    radius: 6; color: Theme.card
 
     ColumnLayout {
         id: column

@@ -28,7 +28,7 @@
 
 #include <QMetaEnum>
 
-namespace {
+namespace Product = BM_HXCommon::Product;
 
 // clang-format off
 const QMetaObject *const vocabulary[] = {
@@ -41,62 +41,44 @@ const QMetaObject *const vocabulary[] = {
 };
 // clang-format on
 
-// Maps {text, value}.
-QVariantList states(const QMetaEnum &enumeration)
-{
-    QVariantList list;
-    for (int i = 0; i < enumeration.keyCount(); ++i)
-        list << QVariantMap{{text("text"), text(enumeration.key(i))}, {text("value"), enumeration.value(i)}};
-    return list;
-}
-
-} // namespace
-
 // What the library offers to C++ only: static functions, tables, and the names of the enumerations.
 class Library : public QObject {
     Q_OBJECT
     Q_PROPERTY(QVariantList vocabulary READ enumerations CONSTANT)
 
 public:
-    // Lower limits in years; an application takes them from its configuration.
-    Library()
-    {
-        AgeGroups::setAgeGroupLimits(
-            {{text("baby"), 0}, {text("infant"), 1}, {text("child"), 3}, {text("adult"), 12}});
-    }
-
-    // Maps {type, name, states}.
+    // Maps {type, name, states: maps {text, value}}.
     static QVariantList enumerations()
     {
         QVariantList list;
         for (const QMetaObject *const type : vocabulary) {
-            for (int i = 0; i < type->enumeratorCount(); ++i)
+            for (int i = 0; i < type->enumeratorCount(); ++i) {
+                const QMetaEnum names = type->enumerator(i);
+                QVariantList states;
+                for (int k = 0; k < names.keyCount(); ++k)
+                    states << QVariantMap{{text("text"), text(names.key(k))},
+                                          {text("value"), names.value(k)}};
                 list << QVariantMap{{text("type"), text(type->className())},
-                                    {text("name"), text(type->enumerator(i).name())},
-                                    {text("states"), states(type->enumerator(i))}};
+                                    {text("name"), text(names.name())},
+                                    {text("states"), states}};
+            }
         }
         return list;
     }
 
     Q_INVOKABLE QList<int> rhythms() const { return ECGLibrary::getDefaultECGLibrary()->configs().keys(); }
-
     Q_INVOKABLE QString ageGroup(double years) const { return AgeGroups::getAgeGroup(years); }
 
-    Q_INVOKABLE double cyanosisLevel(int threshold, int saturation, bool enabled, int upperOffset,
-                                     int lowerOffset, int levelCount) const
+    Q_INVOKABLE double cyanosisLevel(int threshold, int saturation, bool enabled) const
     {
-        return CyanosisCalculator::CalculateCyanosisLevel(threshold, saturation, enabled, short(upperOffset),
-                                                          short(lowerOffset), short(levelCount));
+        return CyanosisCalculator::CalculateCyanosisLevel(threshold, saturation, enabled, 0, -6, 5);
     }
 
     Q_INVOKABLE QString manikinName(int type) const { return text(manikinTypeAsString(type)); }
-
-    // The key of the product id; empty without one.
     Q_INVOKABLE QString product(int manikinType) const
     {
-        using namespace BM_HXCommon::Product;
-        const int id = ManikinProductTypeMap.value(manikinType, -1);
-        return text(QMetaEnum::fromType<manufacturerProductId_t>().valueToKey(id));
+        const int id = Product::ManikinProductTypeMap.value(manikinType, -1);
+        return text(QMetaEnum::fromType<Product::manufacturerProductId_t>().valueToKey(id));
     }
 };
 
@@ -129,6 +111,9 @@ void registerConsoleTypes()
     qmlRegisterType<ConnectivityChecker>("HXCommon", 8, 0, "ConnectivityChecker");
     qmlRegisterType<PausingTimer>("HXCommon", 8, 0, "PausingTimer");
 
+    // Lower limits in years; an application takes them from its configuration.
+    AgeGroups::setAgeGroupLimits(
+        {{text("baby"), 0}, {text("infant"), 1}, {text("child"), 3}, {text("adult"), 12}});
     registerModel<Library>("Library");
     registerServices();
     registerSimulatedManikin();

@@ -3,14 +3,11 @@
 
 #include <QQmlEngine>
 
-/// The name under which only one instance runs.
-constexpr char guardName[] = "olvex-console";
+constexpr char guardName[] = "olvex-console"; ///< Only one instance runs under this name.
 
 /// Makes the QML modules known: "HXCommon" holds the library's own classes, "Console" the models of this
-/// program. AppConfig must be initialised.
+/// program, each a class in a source file that nobody else needs. AppConfig must be initialised.
 void registerConsoleTypes();
-
-// Models that are more than a few lines. Each is a class in a source file of its own; QML is its only user.
 void registerServices();
 void registerSimulatedManikin();
 void registerSystem();

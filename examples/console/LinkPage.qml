@@ -1,13 +1,11 @@
-import QtQuick 2.15
-import QtQuick.Controls 2.15
-import QtQuick.Layouts 1.15
-import HXCommon 8.0
-import Console 1.0
+import QtQuick 2.15; import QtQuick.Controls 2.15; import QtQuick.Layouts 1.15
+import HXCommon 8.0; import Console 1.0
 
 ColumnLayout {
     id: page
 
     property int heartRate
+    property var link: SimulatedManikin.state()
 
     spacing: Theme.gap
 
@@ -16,25 +14,21 @@ ColumnLayout {
         onTimeout: SimulatedManikin.send(page.heartRate)
         Component.onCompleted: start(System.isUnderLoad() ? 0 : 500)
     }
+    Timer { running: page.visible; repeat: true; interval: 200; onTriggered: page.link = SimulatedManikin.state() }
     RowLayout {
-        spacing: Theme.gap
-        Layout.fillHeight: false
+        spacing: Theme.gap; Layout.fillHeight: false
         Card {
-            title: "Line"
-            Layout.fillWidth: false
+            title: "Line"; Layout.fillWidth: false
             RowLayout {
                 spacing: Theme.gap
                 Dial {
-                    objectName: "noise"
-                    to: 10
-                    stepSize: 0.5
-                    value: SimulatedManikin.noise
-                    onMoved: SimulatedManikin.noise = value
+                    objectName: "noise"; to: 10; stepSize: 0.5
+                    value: SimulatedManikin.noise; onMoved: SimulatedManikin.noise = value
                     Layout.preferredWidth: 124; Layout.preferredHeight: 124
                     Label { anchors.centerIn: parent; text: SimulatedManikin.noise.toFixed(1) + " %" }
                 }
                 ColumnLayout {
-                    Label { text: "Noise: bytes lost,\nflipped or added"; color: Theme.faint }
+                    Label { text: "Noise: bytes with\na flipped bit"; color: Theme.faint }
                     Button { objectName: "send"; text: "Send one"; onClicked: SimulatedManikin.send(page.heartRate); Layout.fillWidth: true }
                     Switch { objectName: "running"; text: "Twice a second"; checked: true; onToggled: checked ? clock.resume() : clock.pause() }
                 }
@@ -43,13 +37,11 @@ ColumnLayout {
         Card {
             title: "The ends of a local socket pair, each with its own LogicalLinkControl"
             GridLayout {
-                columns: 5
-                columnSpacing: Theme.gap
+                columns: 5; columnSpacing: Theme.gap
                 Repeater {
-                    model: ["", "Messages sent", "Received", "CRC errors", "Bytes discarded"].concat(SimulatedManikin.counters)
+                    model: ["", "Messages sent", "Received", "CRC errors", "Bytes discarded"].concat(page.link.counters)
                     Label {
-                        objectName: "counter" + index
-                        text: modelData
+                        objectName: "counter" + index; text: modelData
                         color: index < 5 ? Theme.faint : Theme.text
                         font.pixelSize: index > 5 && index % 5 > 0 ? 20 : 15
                         horizontalAlignment: index % 5 > 0 ? Text.AlignRight : Text.AlignLeft
@@ -58,11 +50,11 @@ ColumnLayout {
                 }
             }
             Item { Layout.fillHeight: true }
-            Label { objectName: "report"; text: SimulatedManikin.lastReport }
+            Label { objectName: "report"; text: page.link.report }
         }
     }
     Card {
         title: "Last frames at the console, the latest first"
-        Rows { objectName: "frames"; model: SimulatedManikin.frames; widths: [80, 90]; family: Theme.fixedFont }
+        Rows { objectName: "frames"; model: page.link.frames; widths: [80, 90]; family: Theme.fixedFont }
     }
 }

@@ -1,6 +1,4 @@
-import QtQuick 2.15
-import QtQuick.Controls 2.15
-import QtQuick.Layouts 1.15
+import QtQuick 2.15; import QtQuick.Controls 2.15; import QtQuick.Layouts 1.15
 import Console 1.0
 
 ApplicationWindow {
@@ -11,13 +9,19 @@ ApplicationWindow {
 
     title: "Olvex instructor console"
     visible: true
-    width: System.width
-    height: System.height
-    minimumWidth: 1024
-    minimumHeight: 600
+    minimumWidth: 1024; minimumHeight: 600
+    width: System.width; height: System.height
     onWidthChanged: System.width = width
     onHeightChanged: System.height = height
     onPageChanged: System.page = page
+    onActiveFocusItemChanged: { // scrolls to it
+        for (let view = activeFocusItem; view; view = view.parent) {
+            if (!(view instanceof ListView))
+                continue;
+            const y = activeFocusItem.mapToItem(view.contentItem, 0, 0).y;
+            view.contentY = Math.max(Math.min(view.contentY, y), y + activeFocusItem.height - view.height);
+        }
+    }
     background: Rectangle { color: Theme.window }
     font.pixelSize: 15
     palette {
@@ -41,11 +45,9 @@ ApplicationWindow {
             Repeater {
                 model: window.pages
                 Button {
-                    objectName: modelData
-                    text: modelData
-                    highlighted: System.page === index
+                    objectName: modelData; text: modelData
+                    highlighted: System.page === index; onClicked: System.page = index
                     Layout.fillWidth: true; Layout.preferredHeight: 48
-                    onClicked: System.page = index
                     Shortcut { sequence: "Ctrl+" + (index + 1); onActivated: System.page = index }
                 }
             }

@@ -1,6 +1,4 @@
-import QtQuick 2.15
-import QtQuick.Controls 2.15
-import QtQuick.Layouts 1.15
+import QtQuick 2.15; import QtQuick.Controls 2.15; import QtQuick.Layouts 1.15
 import Console 1.0
 
 RowLayout {
@@ -15,46 +13,38 @@ RowLayout {
         title: "Manikin"
         Layout.fillWidth: false; Layout.preferredWidth: 270
         SpinBox {
-            objectName: "manikinType"
-            to: 255
-            value: SimulatedManikin.type
+            objectName: "manikinType"; to: 255; value: SimulatedManikin.type
             textFromValue: type => "type " + type
-            onValueModified: SimulatedManikin.type = value
-            Layout.fillWidth: true
+            onValueModified: SimulatedManikin.type = value; Layout.fillWidth: true
         }
         Label { objectName: "manikin"; text: Library.manikinName(SimulatedManikin.type); font.bold: true }
         Label { objectName: "product"; text: Library.product(SimulatedManikin.type) || "No product"; color: Theme.faint }
         ListView {
             model: Library.vocabulary.map(e => e.type).filter((type, i, all) => all.indexOf(type) === i)
-            clip: true
-            Layout.fillWidth: true; Layout.fillHeight: true
+            clip: true; Layout.fillWidth: true; Layout.fillHeight: true
             ScrollBar.vertical: ScrollBar { }
             delegate: ItemDelegate {
-                objectName: modelData
-                text: modelData
-                highlighted: page.type === modelData
-                width: ListView.view.width
-                onClicked: page.type = modelData
-                onActiveFocusChanged: if (activeFocus) ListView.view.positionViewAtIndex(index, ListView.Contain)
+                objectName: modelData; text: modelData; width: ListView.view.width
+                highlighted: page.type === modelData; onClicked: page.type = modelData
             }
         }
     }
     Card {
         title: page.type
-        Repeater {
+        ListView {
             model: Library.vocabulary.filter(enumeration => enumeration.type === page.type)
-            ColumnLayout {
+            clip: true; spacing: Theme.gap; Layout.fillWidth: true; Layout.fillHeight: true
+            ScrollBar.vertical: ScrollBar { }
+            delegate: ColumnLayout {
                 readonly property string key: modelData.type + "." + modelData.name
                 readonly property var value: page.states[key]
+                width: ListView.view.width - Theme.gap
                 Label { text: modelData.name + (parent.value === undefined ? "" : " = " + parent.value); color: Theme.faint }
                 Choice {
-                    options: modelData.states
-                    value: parent.value
+                    options: modelData.states; value: parent.value
                     onChosen: page.states = Object.assign({}, page.states, { [parent.key]: value })
-                    Layout.bottomMargin: Theme.gap
                 }
             }
         }
-        Item { Layout.fillHeight: true }
     }
 }

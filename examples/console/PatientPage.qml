@@ -1,8 +1,5 @@
-import QtQuick 2.15
-import QtQuick.Controls 2.15
-import QtQuick.Layouts 1.15
-import HXCommon 8.0
-import Console 1.0
+import QtQuick 2.15; import QtQuick.Controls 2.15; import QtQuick.Layouts 1.15
+import HXCommon 8.0; import Console 1.0
 
 ColumnLayout {
     id: page
@@ -17,93 +14,89 @@ ColumnLayout {
     readonly property int heartRate: config.validateHeartRate(asked)
     readonly property bool hasRate: config.rate_type !== RC_GUI.RateNone
     readonly property bool hasRatios: config.rate_type === RC_GUI.RateAVBlockRatio
-    readonly property real cyanosis: Library.cyanosisLevel(threshold.slider.value, saturation.slider.value,
-                                                           shown.checked, 0, -6, 5)
+    readonly property real cyanosis: Library.cyanosisLevel(threshold.slider.value, saturation.slider.value, shown.checked)
 
-    function list(key) { return config.getParam(key) || []; }
     // What there is to choose besides the slider: rates, or ratios by their texts.
     function choices() {
-        return hasRatios ? list("RatioTexts").map((text, i) => ({ text: text, value: list("RatioHR")[i] }))
-                         : list("Rates").map(rate => ({ text: String(rate), value: rate }));
+        const rates = config.getParam(hasRatios ? "RatioHR" : "Rates") || [];
+        return rates.map((rate, i) => ({ text: hasRatios ? config.getParam("RatioTexts")[i] : String(rate), value: rate }));
     }
     function chooseRhythm(id) {
         rhythm = id;
-        asked = hasRatios ? list("RatioHR")[list("Ratios").indexOf(config.getParam("DefaultRatio"))]
-                          : config.heartrate_default;
+        const ratio = hasRatios ? config.getParam("Ratios").indexOf(config.getParam("DefaultRatio")) : -1;
+        asked = hasRatios ? config.getParam("RatioHR")[ratio] : config.heartrate_default;
         if (!config.isExtraSystoleAllowed(extraSystole))
             extraSystole = ExtraSystole.NoExtraSystole;
     }
+    function snap() {
+        if (!rate.slider.pressed)
+            rate.slider.value = asked = heartRate;
+    }
+
+    component NamedSlider: RowLayout {
+        property alias name: label.text
+        property alias reading: reading.text
+        property alias slider: slider
+
+        Label { id: label; Layout.preferredWidth: 84 }
+        Slider { id: slider; objectName: label.text; stepSize: 1; Layout.fillWidth: true }
+        Label { id: reading; text: slider.value; horizontalAlignment: Text.AlignRight; Layout.preferredWidth: 84 }
+    }
 
     spacing: Theme.gap
+    onHeartRateChanged: if (!rate.slider.pressed) rate.slider.value = heartRate
 
     Card {
         title: page.hasRate ? page.heartRate + " beats/min" : "No heart rate: the rhythm is set by its amplitude"
         Trace {
-            objectName: "trace"
-            rate: page.heartRate
+            objectName: "trace"; rate: page.heartRate
             amplitude: page.hasRate ? 0 : amplitude.slider.value / amplitude.slider.to
             running: page.visible && !freeze.checked
             Layout.fillWidth: true; Layout.fillHeight: true
         }
         RowLayout {
-            Label {
-                text: "Schematic, not an ECG: one shape for all rhythms; only the rate or the amplitude follows."
-                color: Theme.faint
-                Layout.fillWidth: true
-            }
+            Label { text: "Schematic, not an ECG: one shape for all rhythms; only the rate or the amplitude follows."; color: Theme.faint }
+            Item { Layout.fillWidth: true }
             Switch { id: freeze; objectName: "freeze"; text: "Freeze" }
         }
     }
     RowLayout {
-        spacing: Theme.gap
-        Layout.fillHeight: false
+        spacing: Theme.gap; Layout.fillHeight: false
         Card {
-            title: "Rhythm"
-            Layout.preferredWidth: 3
+            title: "Rhythm"; Layout.preferredWidth: 3
             RowLayout {
                 Choice { names: ["adult", "child", "infant", "baby"]; value: page.age; onChosen: page.age = value }
                 SpinBox {
-                    objectName: "years"
-                    to: 110
-                    value: 30
+                    objectName: "years"; to: 110; value: 30
                     textFromValue: years => years + (years === 1 ? " year" : " years")
                     onValueModified: page.age = Library.ageGroup(value)
                 }
             }
             ComboBox {
-                objectName: "rhythm"
+                objectName: "rhythm"; textRole: "text"; valueRole: "id"
                 model: Library.rhythms().map(id => ({ id: id, text: ECGLibraries.getECGConfig("", id).rhythmTypeName + " (" + id + ")" }))
-                textRole: "text"
-                valueRole: "id"
                 onActivated: page.chooseRhythm(currentValue)
                 Layout.fillWidth: true
             }
-            LabelledSlider {
-                id: rate
-                name: "Heart rate"
+            NamedSlider {
+                id: rate; name: "Heart rate"; visible: page.hasRate; slider.to: 350
                 reading: page.asked === page.heartRate ? page.heartRate : page.asked + " → " + page.heartRate
-                visible: page.hasRate
-                slider { to: 350; onMoved: page.asked = rate.slider.value }
-                slider.onPressedChanged: if (!rate.slider.pressed) page.asked = page.heartRate
-                Binding { target: rate.slider; property: "value"; value: page.heartRate; when: !rate.slider.pressed }
+                Connections {
+                    target: rate.slider
+                    function onMoved() { page.asked = rate.slider.value; page.snap(); }
+                    function onPressedChanged() { page.snap(); }
+                }
             }
-            LabelledSlider {
-                id: amplitude
-                name: "Amplitude"
-                visible: !page.hasRate
+            NamedSlider {
+                id: amplitude; name: "Amplitude"; visible: !page.hasRate
                 slider.from: page.config.getParamValueAsInt("AmplitudeMin")
                 slider.to: page.config.getParamValueAsInt("AmplitudeMax")
                 slider.value: page.config.getParamValueAsInt("DefaultAmplitude")
             }
             RowLayout {
-                Layout.preferredHeight: Theme.touch
-                Label { text: page.hasRatios ? "Ratio" : "Rates"; Layout.preferredWidth: 84 }
+                Label { text: page.hasRatios ? "Ratio" : "Rates"; Layout.preferredWidth: 84; Layout.preferredHeight: Theme.touch }
                 Choice { objectName: "rates"; options: page.choices(); value: page.heartRate; onChosen: page.asked = value }
-                Label {
-                    text: page.config.heartrate_min + " to " + page.config.heartrate_max
-                    visible: page.config.rate_type === RC_GUI.RateRange
-                    Layout.fillWidth: true
-                }
+                Label { text: page.config.heartrate_min + " to " + page.config.heartrate_max; visible: page.config.rate_type === RC_GUI.RateRange; Layout.fillWidth: true }
             }
             RowLayout {
                 Label { text: "Extra-\nsystoles"; Layout.preferredWidth: 84 }
@@ -111,29 +104,25 @@ ColumnLayout {
                     objectName: "extraSystoles"
                     options: page.extraSystoles.map(type => ({ text: type === 0 ? "None" : "Type " + type, value: type,
                                                                enabled: page.config.isExtraSystoleAllowed(type) }))
-                    value: page.extraSystole
-                    onChosen: page.extraSystole = value
+                    value: page.extraSystole; onChosen: page.extraSystole = value
                 }
             }
         }
         Card {
-            title: "Blood pressure and cyanosis"
-            Layout.preferredWidth: 2
-            LabelledSlider { name: "Systolic"; reading: slider.value + " of " + slider.to; slider { to: page.config.systolic_max; value: 120 } }
-            LabelledSlider { name: "Diastolic"; reading: slider.value + " of " + slider.to; slider { to: page.config.diastolic_max; value: 80 } }
-            LabelledSlider { id: saturation; name: "Saturation"; reading: slider.value + " %"; slider { to: 100; value: 86 } }
-            LabelledSlider { id: threshold; name: "Threshold"; reading: slider.value + " %"; slider { to: 100; value: 85 } }
+            title: "Blood pressure and cyanosis"; Layout.preferredWidth: 2
+            NamedSlider { name: "Systolic"; slider { to: page.config.systolic_max; value: 120 } reading: slider.value + " of " + slider.to }
+            NamedSlider { name: "Diastolic"; slider { to: page.config.diastolic_max; value: 80 } reading: slider.value + " of " + slider.to }
+            NamedSlider { id: saturation; name: "Saturation"; slider { to: 100; value: 86 } reading: slider.value + " %" }
+            NamedSlider { id: threshold; name: "Threshold"; slider { to: 100; value: 85 } reading: slider.value + " %" }
             RowLayout {
                 Switch { id: shown; objectName: "cyanosis"; text: "Shown"; checked: true }
                 Rectangle {
                     objectName: "skin"
                     color: Qt.tint("#e8b89a", Qt.rgba(0.35, 0.4, 0.85, 0.15 * page.cyanosis))
-                    radius: 6
-                    Layout.fillWidth: true; Layout.preferredHeight: Theme.touch
+                    radius: 6; Layout.fillWidth: true; Layout.preferredHeight: Theme.touch
                     Label { anchors.centerIn: parent; text: "Cyanosis level " + page.cyanosis.toFixed(1); color: "black" }
                 }
             }
-            Item { Layout.fillHeight: true }
         }
     }
 }

@@ -1,6 +1,4 @@
-import QtQuick 2.15
-import QtQuick.Controls 2.15
-import QtQuick.Layouts 1.15
+import QtQuick 2.15; import QtQuick.Controls 2.15; import QtQuick.Layouts 1.15
 import Console 1.0
 
 // Rows of texts, which scroll by touch and by the arrow keys: the last cell takes the space that is left.
@@ -11,16 +9,13 @@ ListView {
     property string family: Qt.application.font.family
 
     Layout.fillWidth: true; Layout.fillHeight: true
-    clip: true
-    activeFocusOnTab: true
-    boundsBehavior: Flickable.StopAtBounds
+    clip: true; activeFocusOnTab: true; boundsBehavior: Flickable.StopAtBounds
     Keys.onUpPressed: bar.decrease()
     Keys.onDownPressed: bar.increase()
     ScrollBar.vertical: ScrollBar { id: bar; stepSize: 0.1 }
 
     delegate: RowLayout {
-        width: view.width - Theme.gap
-        spacing: Theme.gap
+        width: view.width - Theme.gap; spacing: Theme.gap
         Repeater {
             model: modelData
             Label {

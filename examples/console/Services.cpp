@@ -1,5 +1,4 @@
-// The services of the URL document, and one more environment, "loopback", in which this program serves them
-// itself.
+// The services of the URL document, and the environment "loopback", in which this program serves them itself.
 
 #include "ConsoleTypes.h"
 #include "ServiceTable.h"
@@ -36,25 +35,18 @@ class Services : public QObject {
     Q_PROPERTY(QStringList names MEMBER m_names CONSTANT)
     Q_PROPERTY(QStringList environments MEMBER m_environments CONSTANT)
     Q_PROPERTY(QStringList regions MEMBER m_regions CONSTANT)
-    Q_PROPERTY(int server MEMBER m_behaviour NOTIFY changed) // a Behaviour
+    Q_PROPERTY(QString answer MEMBER m_answer NOTIFY changed) // the server's HTTP status, empty for silence
     Q_PROPERTY(bool testOffline READ testOffline WRITE setTestOffline NOTIFY changed)
 
 public:
-    // What the server on loopback does with requests.
-    enum Behaviour {
-        Answers,
-        Fails,
-        StaysSilent
-    };
-
     Services()
     {
         connect(&m_server, &QTcpServer::newConnection, this, &Services::accept);
         QStringList problems;
         QJsonObject environments = readEnvironments(AppConfig::confPath(text("OlvexUrls.json")), problems);
         serveEnvironment(environments, problems);
-        for (const QString &problem : qAsConst(problems))
-            qWarning().noquote() << problem;
+        if (!problems.isEmpty())
+            qWarning() << problems;
         m_environments = environments.keys();
         m_names = targets(environments);
         for (const QString &name : qAsConst(m_names))
@@ -96,16 +88,15 @@ private:
         connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
         connect(socket, &QTcpSocket::readyRead, this, [this, socket] {
             socket->readAll();
-            if (m_behaviour == StaysSilent)
+            if (m_answer.isEmpty())
                 return;
-            socket->write(m_behaviour == Answers ? "HTTP/1.1 200 OK" : "HTTP/1.1 503 Service Unavailable");
-            socket->write("\r\nContent-Length: 2\r\nConnection: close\r\n\r\nok");
+            socket->write("HTTP/1.1 " + m_answer.toLatin1() + "\r\nContent-Length: 0\r\n\r\n");
             socket->disconnectFromHost();
         });
     }
 
     QTcpServer m_server;
-    int m_behaviour = Answers;
+    QString m_answer = text("200 OK");
     QStringList m_names;
     QStringList m_environments;
     QStringList m_regions;

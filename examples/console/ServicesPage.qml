@@ -1,8 +1,5 @@
-import QtQuick 2.15
-import QtQuick.Controls 2.15
-import QtQuick.Layouts 1.15
-import HXCommon 8.0
-import Console 1.0
+import QtQuick 2.15; import QtQuick.Controls 2.15; import QtQuick.Layouts 1.15
+import HXCommon 8.0; import Console 1.0
 
 ColumnLayout {
     id: page
@@ -16,25 +13,24 @@ ColumnLayout {
 
     Connections { target: Services; function onChanged() { page.check(); } }
     Card {
-        title: "Deployment"
-        Layout.fillHeight: false
+        title: "Deployment"; Layout.fillHeight: false
         GridLayout {
-            columns: 2
-            columnSpacing: Theme.gap
+            columns: 2; columnSpacing: Theme.gap
             Label { text: "Environment" }
             Choice { names: Services.environments; value: OXUrls.environment; onChosen: OXUrls.environment = value }
             Label { text: "Region" }
             Choice { names: Services.regions; value: OXUrls.region; onChosen: OXUrls.region = value }
             Label { text: "Loopback server" }
             Choice {
-                options: ["Answers", "Fails", "Stays silent"].map((text, i) => ({ text: text, value: i }))
-                value: Services.server
-                onChosen: Services.server = value
+                options: [{ text: "Answers", value: "200 OK" }, { text: "Fails", value: "503 Service Unavailable" }, { text: "Stays silent", value: "" }]
+                value: Services.answer; onChosen: Services.answer = value
             }
             Label { text: "Off-line test" }
             RowLayout {
-                Switch { objectName: "offline"; text: "Services count as unreachable"; checked: Services.testOffline; onToggled: Services.testOffline = checked }
-                Item { Layout.fillWidth: true }
+                Switch {
+                    objectName: "offline"; text: "Services count as unreachable"; checked: Services.testOffline
+                    onToggled: Services.testOffline = checked; Layout.fillWidth: true
+                }
                 Button { objectName: "check"; text: "Check now"; onClicked: page.check() }
             }
         }
@@ -45,15 +41,12 @@ ColumnLayout {
             model: Services.names
             RowLayout {
                 id: service
-                objectName: modelData
                 readonly property var look: page.looks[checker.status]
-                spacing: Theme.gap
-                Layout.preferredHeight: Theme.touch
+                objectName: modelData; spacing: Theme.gap; Layout.preferredHeight: Theme.touch
                 ConnectivityChecker {
                     id: checker
                     readonly property string deployment: OXUrls.environment + OXUrls.region
-                    timeout: 3000
-                    scheduleTimeout: 5000
+                    timeout: 3000; scheduleTimeout: 5000
                     url: deployment, OXUrls.url(modelData, OXUrls.dataValue(modelData, "healthPath"))
                     onUrlChanged: startCheck()
                 }

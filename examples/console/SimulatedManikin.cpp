@@ -10,7 +10,6 @@
 #include <QLocalSocket>
 #include <QLoggingCategory>
 #include <QRandomGenerator>
-#include <QTimer>
 
 #include <sys/socket.h>
 
@@ -25,19 +24,13 @@ constexpr unsigned char setHeartRate = 0x01;
 constexpr unsigned char heartRateReport = 0x81;
 constexpr int shownFrames = 40;
 
-// What the line makes of a frame: about `noise` percent of its bytes are lost, flipped or followed by
-// another.
+// What the line makes of a frame: a bit is flipped in about `noise` percent of its bytes.
 QByteArray disturbed(const Bytes &frame, double noise)
 {
     QRandomGenerator &random = *QRandomGenerator::global();
     QByteArray line;
-    for (const unsigned char byte : frame) {
-        const int harm = random.bounded(100.0) < noise ? random.bounded(3) : -1;
-        if (harm != 0)
-            line += char(harm == 1 ? byte ^ (1u << random.bounded(8)) : byte);
-        if (harm == 2)
-            line += char(random.bounded(256));
-    }
+    for (const unsigned char byte : frame)
+        line += char(random.bounded(100.0) < noise ? byte ^ (1u << random.bounded(8)) : byte);
     return line;
 }
 
@@ -80,10 +73,6 @@ class SimulatedManikin : public QObject {
     Q_OBJECT
     Q_PROPERTY(double noise MEMBER m_noise NOTIFY changed) // percent of the bytes
     Q_PROPERTY(int type MEMBER m_type NOTIFY changed)
-    // What follows is announced ten times a second at most, however busy the link is.
-    Q_PROPERTY(QVariantList counters READ counters NOTIFY linkChanged)
-    Q_PROPERTY(QString lastReport MEMBER m_lastReport NOTIFY linkChanged)
-    Q_PROPERTY(QVariantList frames MEMBER m_frames NOTIFY linkChanged) // of the console, the latest first
 
 public:
     SimulatedManikin()
@@ -95,23 +84,22 @@ public:
             end->socket.setSocketDescriptor(pair[end == &m_manikin]);
             connect(&end->socket, &QLocalSocket::readyRead, this, [end] { end->receive(); });
         }
-        m_announcement.setSingleShot(true);
-        m_announcement.setInterval(100);
-        connect(&m_announcement, &QTimer::timeout, this, &SimulatedManikin::linkChanged);
     }
 
-    ~SimulatedManikin() override { qCInfo(category) << "messages sent:" << m_console.sent; }
+    ~SimulatedManikin() override { qCInfo(category) << "messages sent:" << qint64(m_console.sent); }
 
-    // For each end its name, messages sent and received, checksum errors and bytes discarded.
-    QVariantList counters() const
+    // The console's last frames, the latest first, the last report in words, and for each end its name,
+    // messages sent and received, checksum errors and bytes discarded. A busy link changes too often for
+    // signals.
+    Q_INVOKABLE QVariantMap state() const
     {
-        QVariantList list;
+        QVariantList counters;
         for (const End *const end : {&m_console, &m_manikin}) {
             const CaptureTotals totals = end->decoder.totals();
-            list << text(end == &m_console ? "Console" : "Manikin") << end->sent << totals.intact
-                 << totals.damaged << totals.noise + totals.tooShort;
+            counters << text(end == &m_console ? "Console" : "Manikin") << end->sent << totals.intact
+                     << totals.damaged << totals.noise + totals.tooShort;
         }
-        return list;
+        return {{text("frames"), m_frames}, {text("report"), m_report}, {text("counters"), counters}};
     }
 
     Q_INVOKABLE void send(int heartRate)
@@ -126,13 +114,13 @@ public:
 
 Q_SIGNALS:
     void changed();
-    void linkChanged();
 
 private:
     void answer(const CapturedFrame &frame)
     {
         Bytes report = frame.payload;
-        if (!frame.intact || report.front() != setHeartRate)
+        unsigned int position = 0;
+        if (!frame.intact || LogicalLinkControl::retrieve_u8(report, position) != setHeartRate)
             return;
         report.front() = static_cast<unsigned char>(m_type);
         report.insert(report.begin(), heartRateReport);
@@ -149,7 +137,7 @@ private:
         const char *const name = manikinTypeAsString(LogicalLinkControl::retrieve_u8(report, position));
         const int heartRate = LogicalLinkControl::retrieve_u16le(report, position);
         const unsigned int number = LogicalLinkControl::retrieve_u32le(report, position);
-        m_lastReport =
+        m_report =
             text("%1 reports %2 beats/min, answering message %3").arg(text(name)).arg(heartRate).arg(number);
     }
 
@@ -158,17 +146,14 @@ private:
         m_frames.prepend(QStringList{text(direction), text(judgement), text(frame.toHex(' '))});
         if (m_frames.size() > shownFrames)
             m_frames.removeLast();
-        if (!m_announcement.isActive())
-            m_announcement.start();
     }
 
     End m_console{[this](const CapturedFrame &frame) { read(frame); }};
     End m_manikin{[this](const CapturedFrame &frame) { answer(frame); }};
     double m_noise = 1;
     int m_type = 1;
-    QString m_lastReport;
+    QString m_report;
     QVariantList m_frames;
-    QTimer m_announcement;
 };
 
 void registerSimulatedManikin()

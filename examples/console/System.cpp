@@ -8,12 +8,9 @@
 #include <InitProperties.h>
 #include <RunGuard.h>
 
-#include <QDebug>
 #include <QLoggingCategory>
 
 namespace {
-
-constexpr qint64 tailSize = 16384; // bytes
 
 // The categories that exist now, by name. Qt's own are left out.
 QMap<QString, QLoggingCategory *> categoriesByName()
@@ -45,7 +42,6 @@ public:
         const QString size = options->argumentValue(text("--size"), text("%1x%2").arg(m_width).arg(m_height));
         m_width = size.section(QLatin1Char('x'), 0, 0).toInt();
         m_height = size.section(QLatin1Char('x'), 1).toInt();
-        m_page = options->argumentValue(text("--page"), m_page + 1) - 1;
         m_dark = options->argumentValue(text("--theme"), text(m_dark ? "dark" : "")) == text("dark");
     }
 
@@ -56,32 +52,16 @@ public:
         InitProperties::write(this, AppConfig::settingIniPath(false), text("Window"));
     }
 
-    // Rows of key and value.
-    Q_INVOKABLE QVariantList settings() const
+    Q_INVOKABLE QString setting(const QString &key) const
     {
-        QVariantList rows;
-        const QSharedPointer<QSettings> settings = AppConfig::settings();
-        const QStringList keys = settings->allKeys();
-        for (const QString &key : keys)
-            rows << QVariant(QVariantList{key, settings->value(key)});
-        return rows;
+        return InitProperties::readSettingsLine(AppConfig::settingIniPath(false), key, text("-"));
     }
 
-    // The rows of a table of the doctor's report.
-    Q_INVOKABLE QVariantList table(const QString &title) const
-    {
-        QVariantList rows;
-        const QVector<Table> tables = examine().tables;
-        for (const Table &table : tables) {
-            for (const QVariantList &row : table.rows)
-                rows += table.title == title ? QVariantList{QVariant(row)} : QVariantList();
-        }
-        return rows;
-    }
+    // The doctor's report, as JSON.
+    Q_INVOKABLE QString report() const { return QString::fromUtf8(examine().toJson()); }
 
-    // What the guard of this program says to one more instance.
+    // As one more instance of this program.
     Q_INVOKABLE bool mayRunAgain() const { return RunGuard(QLatin1String(guardName)).tryToRun(); }
-
     Q_INVOKABLE bool isUnderLoad() const { return AppConfig::argumentExits(text("--load")); }
 
     Q_INVOKABLE QStringList categories() const { return categoriesByName().keys(); }
@@ -97,22 +77,13 @@ public:
         categoriesByName().value(category)->setEnabled(QtMsgType(level), enabled);
     }
 
-    // Writes a message at each level, as far as the switches allow.
-    Q_INVOKABLE void tryOut(const QString &name) const
-    {
-        const QLoggingCategory &category = *categoriesByName().value(name);
-        qCDebug(category) << name << "at debug level";
-        qCInfo(category) << name << "at info level";
-        qCWarning(category) << name << "at warning level";
-    }
-
     // The last lines of the log file.
     Q_INVOKABLE QString logTail() const
     {
         QFile log(AppConfig::logOutputFile.fileName());
         if (!log.open(QIODevice::ReadOnly))
             return text("There is no log file: start with --logoutput FILE.");
-        log.seek(qMax<qint64>(0, log.size() - tailSize));
+        log.seek(qMax<qint64>(0, log.size() - 16384));
         return QString::fromUtf8(log.readAll()).trimmed();
     }
 

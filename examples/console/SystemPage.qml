@@ -1,61 +1,52 @@
-import QtQuick 2.15
-import QtQuick.Controls 2.15
-import QtQuick.Layouts 1.15
+import QtQuick 2.15; import QtQuick.Controls 2.15; import QtQuick.Layouts 1.15
 import Console 1.0
 
 GridLayout {
     id: page
 
+    property var report: ({}) // the doctor's
     property var categories: []
-    property var facts: []
+    property var settings: []
     property var log: []
 
     function look() {
+        report = JSON.parse(System.report());
         categories = System.categories();
-        facts = System.settings().concat(System.table("Identity"));
+        settings = ["System/Environment", "System/Region", "Window/width", "Window/height", "Window/page", "Window/dark"]
+            .map(key => [key, System.setting(key)]);
     }
 
-    columns: 2
-    rowSpacing: Theme.gap
-    columnSpacing: Theme.gap
+    component Quarter: Card { Layout.preferredWidth: 1; Layout.preferredHeight: 1 }
+
+    columns: 2; rowSpacing: Theme.gap; columnSpacing: Theme.gap
     onVisibleChanged: if (visible) look()
 
     Timer {
-        running: page.visible
-        repeat: true
-        triggeredOnStart: true
-        interval: 300
+        running: page.visible; repeat: true; triggeredOnStart: true; interval: 300
         onTriggered: page.log = System.logTail().split("\n").reverse().map(line => [line])
     }
-    Card {
+    Quarter {
         title: "Settings and versions"
-        Layout.preferredWidth: 2; Layout.preferredHeight: 1
-        Rows { objectName: "facts"; model: page.facts; widths: [160] }
+        Rows { objectName: "facts"; model: page.settings.concat((page.report.Identity || []).map(row => [row.item, row.value])); widths: [150] }
         RowLayout {
             Button { objectName: "store"; text: "Store window"; onClicked: { System.storeWindow(); page.look(); } }
             Button { objectName: "guard"; text: "Run twice?"; onClicked: answer.text = System.mayRunAgain() ? "Allowed" : "Refused: this one runs" }
             Label { id: answer; objectName: "answer" }
         }
     }
-    Card {
+    Quarter {
         title: "Directories"
-        Layout.preferredWidth: 3; Layout.preferredHeight: 1
-        Rows { objectName: "directories"; model: System.table("Directories").map(row => [row[0], row[4]]); widths: [160] }
+        Rows { objectName: "directories"; model: (page.report.Directories || []).map(row => [row.directory, row.path]); widths: [150] }
     }
-    Card {
+    Quarter {
         title: "Logging: debug, info, warning"
-        Layout.preferredWidth: 2; Layout.preferredHeight: 1
         ListView {
-            model: page.categories
-            clip: true
-            Layout.fillWidth: true; Layout.fillHeight: true
+            model: page.categories; clip: true; Layout.fillWidth: true; Layout.fillHeight: true
             ScrollBar.vertical: ScrollBar { }
             delegate: RowLayout {
                 readonly property string category: modelData
-                objectName: category
-                width: ListView.view.width - Theme.gap
-                spacing: 0
-                Label { text: parent.category; elide: Text.ElideMiddle; Layout.fillWidth: true }
+                objectName: category; width: ListView.view.width - Theme.gap; spacing: 0
+                Label { text: parent.category; font.pixelSize: 13; elide: Text.ElideMiddle; Layout.fillWidth: true }
                 Repeater {
                     model: [0, 4, 1] // QtMsgType
                     CheckBox {
@@ -64,13 +55,11 @@ GridLayout {
                         onToggled: System.setEnabled(parent.category, modelData, checked)
                     }
                 }
-                Button { objectName: "try"; text: "Try"; implicitWidth: 52; onClicked: System.tryOut(parent.category) }
             }
         }
     }
-    Card {
+    Quarter {
         title: "Log file, the latest line first"
-        Layout.preferredWidth: 3; Layout.preferredHeight: 1
         Rows { objectName: "log"; model: page.log; family: Theme.fixedFont }
     }
 }

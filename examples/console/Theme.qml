@@ -1,7 +1,7 @@
 pragma Singleton
 import QtQuick 2.15
 
-// All colours and measures. Texts have a contrast of 4.5:1 or more on window, card and button.
+// All colours and measures.
 QtObject {
     property bool dark: true
     readonly property color window: dark ? "#10161d" : "#e9edf2"
@@ -12,7 +12,7 @@ QtObject {
     readonly property color track: dark ? "#45566a" : "#b9c4cf"
     readonly property color accent: dark ? "#1d6cc0" : "#155fae"
     readonly property color accentText: "#ffffff"
-    readonly property color focus: dark ? "#ffb74d" : "#b34700"
+    readonly property color focus: dark ? "#ffb74d" : "#000000"
     readonly property color good: dark ? "#6bd48a" : "#17703a"
     readonly property color bad: dark ? "#ff8f86" : "#b3261e"
     readonly property int gap: 12

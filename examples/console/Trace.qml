@@ -1,6 +1,4 @@
-import QtQuick 2.15
-import HXCommon 8.0
-import Console 1.0
+import QtQuick 2.15; import HXCommon 8.0; import Console 1.0
 
 // A moving trace of one drawn heartbeat, the same for every rhythm, or of an irregular wave. It is no ECG.
 Canvas {
@@ -18,9 +16,8 @@ Canvas {
                                   [-0.25, 0.165, 0.009], [0.25, 0.29, 0.03]]
 
     function level(secondsAgo) {
-        const t = time - secondsAgo;
         if (amplitude > 0)
-            return amplitude * (Math.sin(31 * t) + Math.sin(43 * t) + Math.sin(23 * t)) / 4;
+            return amplitude * [23, 31, 43].reduce((sum, speed) => sum + Math.sin(speed * (time - secondsAgo)), 0) / 4;
         const beat = beats - secondsAgo * rate / 60;
         const inBeat = (beat - Math.floor(beat)) * 60 / Math.max(1, rate);
         const bell = (at, duration) => Math.exp(-Math.pow((inBeat - at) / duration, 2) / 2);
@@ -33,7 +30,7 @@ Canvas {
         context.strokeStyle = Theme.good;
         context.lineWidth = 2;
         context.beginPath();
-        for (let x = 0; x < width; x += 2)
+        for (let x = 0; x < width; ++x)
             context.lineTo(x, height * (0.7 - 0.6 * level((width - x) / speed)));
         context.stroke();
     }

@@ -1,7 +1,7 @@
 // olvex-console: shows on five pages what the library gives an application.
 //
-// Exit status: 0 closed, 1 the user interface cannot be loaded or a screenshot not be written, 3 another
-// instance is running.
+// Exit status: 0 closed, 1 user interface not loaded or screenshot not written, 3 another instance is
+// running.
 
 #include "ConsoleTypes.h"
 
@@ -23,7 +23,6 @@
 namespace {
 
 constexpr AppConfig::cmdArg_t options[] = {
-    {"--page", 1, "<1..5> Starts with a page instead of the last one"},
     {"--size", 1, "<width>x<height> Sets the size of the window"},
     {"--theme", 1, "<dark|light> Sets the colours"},
     {"--screenshots", 1, "<directory> Stores a picture of every page and ends"},
@@ -34,8 +33,8 @@ constexpr AppConfig::cmdArg_t options[] = {
 bool takeScreenshots(QQuickWindow *window, const QDir &directory)
 {
     QEventLoop loop;
-    bool stored = directory.mkpath(text("."));
     const QStringList pages = window->property("pages").toStringList();
+    bool stored = directory.mkpath(text("."));
     for (int page = 0; page < pages.size() && stored; ++page) {
         window->setProperty("page", page);
         QTimer::singleShot(2500, &loop, &QEventLoop::quit);
@@ -70,8 +69,7 @@ int main(int argc, char **argv)
     if (engine.rootObjects().isEmpty())
         return 1;
     const QString pictures = AppConfig::instance()->argumentValue(text("--screenshots"), QString());
-    if (!pictures.isEmpty())
-        return takeScreenshots(qobject_cast<QQuickWindow *>(engine.rootObjects().constFirst()), pictures) ? 0
-                                                                                                          : 1;
-    return QGuiApplication::exec();
+    if (pictures.isEmpty())
+        return QGuiApplication::exec();
+    return takeScreenshots(qobject_cast<QQuickWindow *>(engine.rootObjects().constFirst()), pictures) ? 0 : 1;
 }
