@@ -15,6 +15,6 @@ Rectangle {
         id: column
         anchors { fill: parent; margins: Theme.gap }
         spacing: 6
-        Label { id: heading; font { bold: true; pixelSize: 16 } }
+        Label { id: heading; font { bold: true; pixelSize: 16 } elide: Text.ElideRight; Layout.fillWidth: true }
     }
 }

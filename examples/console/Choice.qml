@@ -3,7 +3,6 @@ import QtQuick 2.15; import QtQuick.Controls 2.15; import QtQuick.Layouts 1.15
 // Buttons for the values of something: options are maps {text, value}, and {enabled} if it may be false.
 Flow {
     id: choice
-
     property var names: [] // options whose text is the value
     property var options: names.map(name => ({ text: name, value: name }))
     property var value

@@ -28,8 +28,6 @@
 
 #include <QMetaEnum>
 
-namespace Product = BM_HXCommon::Product;
-
 // clang-format off
 const QMetaObject *const vocabulary[] = {
     &AdvancedAirwayTypes::staticMetaObject, &AirwayBlockageTypes::staticMetaObject, &Battery::staticMetaObject,
@@ -77,6 +75,7 @@ public:
     Q_INVOKABLE QString manikinName(int type) const { return text(manikinTypeAsString(type)); }
     Q_INVOKABLE QString product(int manikinType) const
     {
+        namespace Product = BM_HXCommon::Product;
         const int id = Product::ManikinProductTypeMap.value(manikinType, -1);
         return text(QMetaEnum::fromType<Product::manufacturerProductId_t>().valueToKey(id));
     }

@@ -3,7 +3,6 @@ import HXCommon 8.0; import Console 1.0
 
 ColumnLayout {
     id: page
-
     property int heartRate
     property var link: SimulatedManikin.state()
 
@@ -14,7 +13,8 @@ ColumnLayout {
         onTimeout: SimulatedManikin.send(page.heartRate)
         Component.onCompleted: start(System.isUnderLoad() ? 0 : 500)
     }
-    Timer { running: page.visible; repeat: true; interval: 200; onTriggered: page.link = SimulatedManikin.state() }
+    Timer { running: page.visible; repeat: true; triggeredOnStart: true; interval: 200; onTriggered: page.link = SimulatedManikin.state() }
+    onLinkChanged: if (frames.atYBeginning) frames.model = link.frames // and stands still while it is read
     RowLayout {
         spacing: Theme.gap; Layout.fillHeight: false
         Card {
@@ -30,16 +30,16 @@ ColumnLayout {
                 ColumnLayout {
                     Label { text: "Noise: bytes with\na flipped bit"; color: Theme.faint }
                     Button { objectName: "send"; text: "Send one"; onClicked: SimulatedManikin.send(page.heartRate); Layout.fillWidth: true }
-                    Switch { objectName: "running"; text: "Twice a second"; checked: true; onToggled: checked ? clock.resume() : clock.pause() }
+                    Switch { objectName: "running"; text: "Keep sending"; checked: true; onToggled: checked ? clock.resume() : clock.pause() }
                 }
             }
         }
         Card {
-            title: "The ends of a local socket pair, each with its own LogicalLinkControl"
+            title: "Both ends of a local socket pair"
             GridLayout {
                 columns: 5; columnSpacing: Theme.gap
                 Repeater {
-                    model: ["", "Messages sent", "Received", "CRC errors", "Bytes discarded"].concat(page.link.counters)
+                    model: ["", "Sent", "Received", "CRC errors", "Bytes discarded"].concat(page.link.counters)
                     Label {
                         objectName: "counter" + index; text: modelData
                         color: index < 5 ? Theme.faint : Theme.text
@@ -54,7 +54,7 @@ ColumnLayout {
         }
     }
     Card {
-        title: "Last frames at the console, the latest first"
-        Rows { objectName: "frames"; model: page.link.frames; widths: [80, 90]; family: Theme.fixedFont }
+        title: "Last frames at the console's end of the line, the latest first"
+        Rows { id: frames; objectName: "frames"; widths: [80, 90]; family: Theme.fixedFont }
     }
 }

@@ -3,7 +3,6 @@ import Console 1.0
 
 ApplicationWindow {
     id: window
-
     readonly property var pages: ["Patient", "Manikin", "Link", "Services", "System"]
     property int page: System.page
 

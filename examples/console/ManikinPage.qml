@@ -3,7 +3,6 @@ import Console 1.0
 
 RowLayout {
     id: page
-
     property string type: "Eyes"
     property var states: ({}) // the chosen values by enumeration
 

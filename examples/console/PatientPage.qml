@@ -3,7 +3,6 @@ import HXCommon 8.0; import Console 1.0
 
 ColumnLayout {
     id: page
-
     property string age: "adult"
     property int rhythm: 7
     property int asked: 80 // beats/min
@@ -25,6 +24,7 @@ ColumnLayout {
         rhythm = id;
         const ratio = hasRatios ? config.getParam("Ratios").indexOf(config.getParam("DefaultRatio")) : -1;
         asked = hasRatios ? config.getParam("RatioHR")[ratio] : config.heartrate_default;
+        snap();
         if (!config.isExtraSystoleAllowed(extraSystole))
             extraSystole = ExtraSystole.NoExtraSystole;
     }
@@ -75,8 +75,7 @@ ColumnLayout {
             ComboBox {
                 objectName: "rhythm"; textRole: "text"; valueRole: "id"
                 model: Library.rhythms().map(id => ({ id: id, text: ECGLibraries.getECGConfig("", id).rhythmTypeName + " (" + id + ")" }))
-                onActivated: page.chooseRhythm(currentValue)
-                Layout.fillWidth: true
+                onActivated: page.chooseRhythm(currentValue); Layout.fillWidth: true
             }
             NamedSlider {
                 id: rate; name: "Heart rate"; visible: page.hasRate; slider.to: 350
@@ -94,9 +93,13 @@ ColumnLayout {
                 slider.value: page.config.getParamValueAsInt("DefaultAmplitude")
             }
             RowLayout {
-                Label { text: page.hasRatios ? "Ratio" : "Rates"; Layout.preferredWidth: 84; Layout.preferredHeight: Theme.touch }
-                Choice { objectName: "rates"; options: page.choices(); value: page.heartRate; onChosen: page.asked = value }
-                Label { text: page.config.heartrate_min + " to " + page.config.heartrate_max; visible: page.config.rate_type === RC_GUI.RateRange; Layout.fillWidth: true }
+                Layout.preferredHeight: Theme.touch
+                Label { text: page.hasRatios ? "Ratio" : "Rates"; Layout.preferredWidth: 84 }
+                Choice { objectName: "rates"; options: page.choices(); visible: options.length > 0; value: page.heartRate; onChosen: page.asked = value }
+                Label {
+                    text: [page.config.heartrate_min + " to " + page.config.heartrate_max, "Fixed", "", "", "None"][page.config.rate_type]
+                    visible: text !== ""; Layout.fillWidth: true
+                }
             }
             RowLayout {
                 Label { text: "Extra-\nsystoles"; Layout.preferredWidth: 84 }
@@ -109,7 +112,7 @@ ColumnLayout {
             }
         }
         Card {
-            title: "Blood pressure and cyanosis"; Layout.preferredWidth: 2
+            title: "Blood pressure in mmHg, cyanosis"; Layout.preferredWidth: 2
             NamedSlider { name: "Systolic"; slider { to: page.config.systolic_max; value: 120 } reading: slider.value + " of " + slider.to }
             NamedSlider { name: "Diastolic"; slider { to: page.config.diastolic_max; value: 80 } reading: slider.value + " of " + slider.to }
             NamedSlider { id: saturation; name: "Saturation"; slider { to: 100; value: 86 } reading: slider.value + " %" }

@@ -4,7 +4,6 @@ import Console 1.0
 // Rows of texts, which scroll by touch and by the arrow keys: the last cell takes the space that is left.
 ListView {
     id: view
-
     property var widths: [] // of the other cells
     property string family: Qt.application.font.family
 

@@ -3,7 +3,6 @@ import HXCommon 8.0; import Console 1.0
 
 ColumnLayout {
     id: page
-
     signal check
     readonly property var looks: [ // by ConnectivityChecker.ConnectivityStatus
         { text: "Not checked yet", color: Theme.faint }, { text: "Connecting", color: Theme.text },

@@ -59,11 +59,9 @@ public:
 
     // The doctor's report, as JSON.
     Q_INVOKABLE QString report() const { return QString::fromUtf8(examine().toJson()); }
-
     // As one more instance of this program.
     Q_INVOKABLE bool mayRunAgain() const { return RunGuard(QLatin1String(guardName)).tryToRun(); }
     Q_INVOKABLE bool isUnderLoad() const { return AppConfig::argumentExits(text("--load")); }
-
     Q_INVOKABLE QStringList categories() const { return categoriesByName().keys(); }
 
     // Levels are those of QtMsgType.

@@ -3,11 +3,9 @@ import Console 1.0
 
 GridLayout {
     id: page
-
     property var report: ({}) // the doctor's
     property var categories: []
     property var settings: []
-    property var log: []
 
     function look() {
         report = JSON.parse(System.report());
@@ -22,8 +20,8 @@ GridLayout {
     onVisibleChanged: if (visible) look()
 
     Timer {
-        running: page.visible; repeat: true; triggeredOnStart: true; interval: 300
-        onTriggered: page.log = System.logTail().split("\n").reverse().map(line => [line])
+        running: page.visible && log.atYBeginning; repeat: true; triggeredOnStart: true; interval: 300
+        onTriggered: log.model = System.logTail().split("\n").reverse().map(line => [line])
     }
     Quarter {
         title: "Settings and versions"
@@ -60,6 +58,6 @@ GridLayout {
     }
     Quarter {
         title: "Log file, the latest line first"
-        Rows { objectName: "log"; model: page.log; family: Theme.fixedFont }
+        Rows { id: log; objectName: "log"; family: Theme.fixedFont }
     }
 }

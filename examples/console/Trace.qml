@@ -3,7 +3,6 @@ import QtQuick 2.15; import HXCommon 8.0; import Console 1.0
 // A moving trace of one drawn heartbeat, the same for every rhythm, or of an irregular wave. It is no ECG.
 Canvas {
     id: trace
-
     property int rate // beats/min
     property real amplitude // of the irregular wave, 0 to 1; there are no beats then
     property bool running: true
@@ -37,7 +36,7 @@ Canvas {
 
     PausingTimer {
         id: clock
-        Component.onCompleted: start(trace.pause)
+        Component.onCompleted: { start(trace.pause); if (!trace.running) pause(); }
         onTimeout: {
             trace.time += trace.pause / 1000;
             trace.beats += trace.rate / 60 * trace.pause / 1000;

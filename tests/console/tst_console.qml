@@ -193,10 +193,12 @@ TestCase {
         }
     }
     function test_nothingOverlaps_data() { return window.pages.map(page => ({ tag: page })); }
+    function isInList(item) { return item && (item instanceof ListView || isInList(item.parent)); }
     function test_nothingOverlaps(row) {
         open(row.tag);
-        const boxes = controls().filter(item => !item.ListView.view && !(item.parent.ListView.view))
-            .map(item => item.mapToItem(null, 0, 0, item.width, item.height));
+        const boxes = controls().filter(item => !isInList(item)).map(item => item.mapToItem(null, 0, 0, item.width, item.height));
+        for (const label of visibleItems(window.contentItem, item => item instanceof Label && !isInList(item)))
+            verify(!label.truncated && label.mapToItem(null, label.width, 0).x <= 1024 - Theme.gap, label.text);
         boxes.forEach((a, i) => {
             verify(a.x >= 0 && a.y >= 0 && a.x + a.width <= 1024 && a.y + a.height <= 600, "control " + i);
             for (const b of boxes.slice(i + 1))
