@@ -60,7 +60,7 @@ struct End {
     {
         Bytes frame;
         encoder.encode_message(message, frame);
-        const QByteArray bytes = disturbed(frame, noise);
+        QByteArray bytes = disturbed(frame, noise);
         socket.write(bytes);
         ++sent;
         return bytes;

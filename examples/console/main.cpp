@@ -33,11 +33,14 @@ constexpr AppConfig::cmdArg_t options[] = {
 bool takeScreenshots(QQuickWindow *window, const QDir &directory)
 {
     QEventLoop loop;
+    QTimer timer;
+    timer.setSingleShot(true);
+    QObject::connect(&timer, &QTimer::timeout, &loop, &QEventLoop::quit);
     const QStringList pages = window->property("pages").toStringList();
     bool stored = directory.mkpath(text("."));
     for (int page = 0; page < pages.size() && stored; ++page) {
         window->setProperty("page", page);
-        QTimer::singleShot(2500, &loop, &QEventLoop::quit);
+        timer.start(2500);
         loop.exec();
         const auto grab = window->contentItem()->grabToImage();
         QObject::connect(grab.data(), &QQuickItemGrabResult::ready, &loop, &QEventLoop::quit);

@@ -10,21 +10,18 @@
 #include <QQuickStyle>
 #include <QtQuickTest>
 
-namespace {
+#include <utility>
 
-QStringList warnings;
-QtMessageHandler libraryHandler = nullptr;
-QtMessageHandler testHandler = nullptr;
+static QStringList warnings;
+static QtMessageHandler libraryHandler, testHandler;
 
-void handleMessage(QtMsgType type, const QMessageLogContext &context, const QString &message)
+static void handleMessage(QtMsgType type, const QMessageLogContext &context, const QString &message)
 {
     const QString category = text(context.category);
     if (type != QtDebugMsg && type != QtInfoMsg && !category.startsWith(text("Olvex.")))
         warnings << category + text(": ") + message;
     libraryHandler(type, context, message);
 }
-
-} // namespace
 
 class Setup : public QObject {
     Q_OBJECT
@@ -33,18 +30,11 @@ public:
     /// Takes the messages over from Qt Test, or gives them back.
     Q_INVOKABLE void watchMessages(bool watch)
     {
-        const QtMessageHandler previous = qInstallMessageHandler(watch ? &handleMessage : testHandler);
-        if (watch)
-            testHandler = previous;
+        testHandler = qInstallMessageHandler(watch ? &handleMessage : testHandler);
     }
 
     /// The warnings since the last call that are none of the library's own.
-    Q_INVOKABLE QStringList takeWarnings() const
-    {
-        QStringList taken;
-        taken.swap(warnings);
-        return taken;
-    }
+    Q_INVOKABLE QStringList takeWarnings() const { return std::exchange(warnings, QStringList()); }
 
 public Q_SLOTS:
     void applicationAvailable()
@@ -52,13 +42,10 @@ public Q_SLOTS:
         QDir().mkpath(text("data/etc"));
         QFile::copy(text(EXAMPLE_DATA "/etc/OlvexUrls.json"), text("data/etc/OlvexUrls.json"));
         AppConfig::instance()->initialize(text("olvex-console"), QString());
-        QFile::remove(AppConfig::settingIniPath(false));
         AppConfig::logOutputFile.setFileName(text("console.log"));
-        AppConfig::logOutputFile.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered);
-        libraryHandler = qInstallMessageHandler(nullptr);
-        qInstallMessageHandler(libraryHandler);
-        m_guard.reset(new RunGuard(text(guardName)));
-        m_guard->tryToRun();
+        AppConfig::logOutputFile.open(QIODevice::WriteOnly);
+        libraryHandler = qInstallMessageHandler(&handleMessage);
+        (new RunGuard(text(guardName), this))->tryToRun();
         registerConsoleTypes();
         QQuickStyle::setStyle(text("Default"));
     }
@@ -67,11 +54,6 @@ public Q_SLOTS:
     {
         engine->rootContext()->setContextProperty(text("setup"), this);
     }
-
-    void cleanupTestCase() { m_guard.reset(); }
-
-private:
-    QScopedPointer<RunGuard> m_guard;
 };
 
 QUICK_TEST_MAIN_WITH_SETUP(console, Setup)
