@@ -79,7 +79,9 @@ private:
         environments.insert(text("loopback"), onLoopback(entries, m_server.serverPort()));
         file.write(QJsonDocument(QJsonObject{{text("environment"), environments}}).toJson());
         file.close();
-        OXUrls::instance()->initialize(file.fileName(), text("loopback"), OXUrls::instance()->region());
+        OXUrls *const urls = OXUrls::instance();
+        urls->initialize(file.fileName(), urls->environment(), urls->region());
+        urls->setEnvironment(text("loopback"));
     }
 
     void accept()

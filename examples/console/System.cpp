@@ -67,12 +67,16 @@ public:
     // Levels are those of QtMsgType.
     Q_INVOKABLE bool isEnabled(const QString &category, int level) const
     {
-        return categoriesByName().value(category)->isEnabled(QtMsgType(level));
+        return categoriesByName()
+            .value(category, QLoggingCategory::defaultCategory())
+            ->isEnabled(QtMsgType(level));
     }
 
     Q_INVOKABLE void setEnabled(const QString &category, int level, bool enabled) const
     {
-        categoriesByName().value(category)->setEnabled(QtMsgType(level), enabled);
+        categoriesByName()
+            .value(category, QLoggingCategory::defaultCategory())
+            ->setEnabled(QtMsgType(level), enabled);
     }
 
     // The last lines of the log file.
