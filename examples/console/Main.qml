@@ -10,8 +10,7 @@ ApplicationWindow {
     visible: true
     minimumWidth: 1024; minimumHeight: 600
     width: System.width; height: System.height
-    onWidthChanged: System.width = width
-    onHeightChanged: System.height = height
+    onWidthChanged: System.width = width; onHeightChanged: System.height = height
     onPageChanged: System.page = page
     onActiveFocusItemChanged: { // scrolls to it
         for (let view = activeFocusItem; view; view = view.parent) {

@@ -20,11 +20,12 @@ RowLayout {
         Label { objectName: "product"; text: Library.product(SimulatedManikin.type) || "No product"; color: Theme.faint }
         ListView {
             model: Library.vocabulary.map(e => e.type).filter((type, i, all) => all.indexOf(type) === i)
-            clip: true; Layout.fillWidth: true; Layout.fillHeight: true
+            objectName: "types"; clip: true; Layout.fillWidth: true; Layout.fillHeight: true
             ScrollBar.vertical: ScrollBar { }
             delegate: ItemDelegate {
                 objectName: modelData; text: modelData; width: ListView.view.width
-                highlighted: page.type === modelData; onClicked: page.type = modelData
+                highlighted: page.type === modelData; onClicked: page.type = modelData; focusPolicy: Qt.StrongFocus
+                Rectangle { anchors.fill: parent; visible: parent.visualFocus; color: "transparent"; border { width: 2; color: Theme.focus } }
             }
         }
     }

@@ -23,6 +23,11 @@ QMap<QString, QLoggingCategory *> categoriesByName()
     return categories;
 }
 
+QLoggingCategory &find(const QString &name)
+{
+    return *categoriesByName().value(name, QLoggingCategory::defaultCategory());
+}
+
 } // namespace
 
 class System : public QObject {
@@ -59,24 +64,18 @@ public:
 
     // The doctor's report, as JSON.
     Q_INVOKABLE QString report() const { return QString::fromUtf8(examine().toJson()); }
-    // As one more instance of this program.
     Q_INVOKABLE bool mayRunAgain() const { return RunGuard(QLatin1String(guardName)).tryToRun(); }
     Q_INVOKABLE bool isUnderLoad() const { return AppConfig::argumentExits(text("--load")); }
     Q_INVOKABLE QStringList categories() const { return categoriesByName().keys(); }
 
     // Levels are those of QtMsgType.
-    Q_INVOKABLE bool isEnabled(const QString &category, int level) const
+    Q_INVOKABLE bool isEnabled(const QString &name, int level) const
     {
-        return categoriesByName()
-            .value(category, QLoggingCategory::defaultCategory())
-            ->isEnabled(QtMsgType(level));
+        return find(name).isEnabled(QtMsgType(level));
     }
-
-    Q_INVOKABLE void setEnabled(const QString &category, int level, bool enabled) const
+    Q_INVOKABLE void setEnabled(const QString &name, int level, bool enabled) const
     {
-        categoriesByName()
-            .value(category, QLoggingCategory::defaultCategory())
-            ->setEnabled(QtMsgType(level), enabled);
+        find(name).setEnabled(QtMsgType(level), enabled);
     }
 
     // The last lines of the log file.

@@ -5,7 +5,6 @@
 #include <AppConfig.h>
 #include <RunGuard.h>
 
-#include <QDir>
 #include <QQmlContext>
 #include <QQuickStyle>
 #include <QtQuickTest>

@@ -33,11 +33,11 @@ TestCase {
         combo.activated(combo.currentIndex = combo.indexOfValue(id));
     }
     function visibleItems(item, accept) {
-        const shown = Array.from(item.children).filter(child => child.visible);
-        return (accept(item) ? [item] : []).concat(...shown.map(child => visibleItems(child, accept)));
+        const below = Array.from(item.children).filter(child => child.visible).map(child => visibleItems(child, accept));
+        return (accept(item) ? [item] : []).concat(...below);
     }
     function controls() {
-        const types = [AbstractButton, Slider, ComboBox, SpinBox, Dial];
+        const types = [Button, Switch, CheckBox, ItemDelegate, Slider, ComboBox, SpinBox, Dial];
         return visibleItems(window.contentItem, item => item.enabled && types.some(type => item instanceof type));
     }
     function pages() { return window.pages.map((page, i) => ({ tag: page, index: i })); }
@@ -84,6 +84,7 @@ TestCase {
             mouseClick(type, type.width - 8, type.height / 2);
             compare([find("manikin").text, find("product").text], texts);
         }
+        find("types").positionViewAtBeginning();
         ["Battery", "BatteryLevelCritical"].forEach(name => click(name));
         compare(find("BatteryLevelCritical").parent.value, Battery.BatteryLevelCritical);
     }
