@@ -1,0 +1,123 @@
+#include "ConsoleTypes.h"
+
+#include <AdvancedAirwayTypes.h>
+#include <AgeGroups.h>
+#include <AirwayBlockageTypes.h>
+#include <BLSService.h>
+#include <Battery.h>
+#include <BreathingPatternTypes.h>
+#include <CapillaryRefillTypes.h>
+#include <ChestRiseTypes.h>
+#include <ConnectivityChecker.h>
+#include <CyanosisCalculator.h>
+#include <ECGLibrary.h>
+#include <EnlargedLiverTypes.h>
+#include <Eyes.h>
+#include <FontanelleTypes.h>
+#include <HeadLimpTypes.h>
+#include <HeadSeizureTypes.h>
+#include <HeadTiltStateTypes.h>
+#include <LaryngospasmTypes.h>
+#include <LungComplianceTypes.h>
+#include <MovementTypes.h>
+#include <OXUrls.h>
+#include <PausingTimer.h>
+#include <PharyngealObstructionTypes.h>
+#include <Product.h>
+#include <TracheostomaTypes.h>
+
+#include <QMetaEnum>
+
+// clang-format off
+const QMetaObject *const vocabulary[] = {
+    &AdvancedAirwayTypes::staticMetaObject, &AirwayBlockageTypes::staticMetaObject, &Battery::staticMetaObject,
+    &BLSService::staticMetaObject, &BreathingPatternTypes::staticMetaObject, &CapillaryRefillTypes::staticMetaObject,
+    &ChestRiseTypes::staticMetaObject, &EnlargedLiverTypes::staticMetaObject, &Eyes::staticMetaObject,
+    &FontanelleTypes::staticMetaObject, &HeadLimpTypes::staticMetaObject, &HeadSeizureTypes::staticMetaObject,
+    &HeadTiltStateTypes::staticMetaObject, &LaryngospasmTypes::staticMetaObject, &LungComplianceTypes::staticMetaObject,
+    &MovementTypes::staticMetaObject, &PharyngealObstructionTypes::staticMetaObject, &TracheostomaTypes::staticMetaObject,
+};
+// clang-format on
+
+// What the library offers to C++ only: static functions, tables, and the names of the enumerations.
+class Library : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(QVariantList vocabulary READ enumerations CONSTANT)
+
+public:
+    // Maps {type, name, states: maps {text, value}}.
+    static QVariantList enumerations()
+    {
+        QVariantList list;
+        for (const QMetaObject *const type : vocabulary) {
+            for (int i = 0; i < type->enumeratorCount(); ++i) {
+                const QMetaEnum names = type->enumerator(i);
+                QVariantList states;
+                for (int k = 0; k < names.keyCount(); ++k)
+                    states << QVariantMap{{text("text"), text(names.key(k))},
+                                          {text("value"), names.value(k)}};
+                list << QVariantMap{{text("type"), text(type->className())},
+                                    {text("name"), text(names.name())},
+                                    {text("states"), states}};
+            }
+        }
+        return list;
+    }
+
+    Q_INVOKABLE QList<int> rhythms() const { return ECGLibrary::getDefaultECGLibrary()->configs().keys(); }
+    Q_INVOKABLE QString ageGroup(double years) const { return AgeGroups::getAgeGroup(years); }
+
+    Q_INVOKABLE double cyanosisLevel(int threshold, int saturation, bool enabled) const
+    {
+        return CyanosisCalculator::CalculateCyanosisLevel(threshold, saturation, enabled, 0, -6, 5);
+    }
+
+    Q_INVOKABLE QString manikinName(int type) const { return text(manikinTypeAsString(type)); }
+    Q_INVOKABLE QString product(int manikinType) const
+    {
+        namespace Product = BM_HXCommon::Product;
+        const int id = Product::ManikinProductTypeMap.value(manikinType, -1);
+        return text(QMetaEnum::fromType<Product::manufacturerProductId_t>().valueToKey(id));
+    }
+};
+
+namespace {
+
+// An object of the library, which keeps it.
+template <typename Shared> void registerShared(const char *name, Shared *object)
+{
+    QQmlEngine::setObjectOwnership(object, QQmlEngine::CppOwnership);
+    qmlRegisterSingletonType<Shared>("HXCommon", 8, 0, name,
+                                     [object](QQmlEngine *, QJSEngine *) { return object; });
+}
+
+void registerEnumerations(const QMetaObject &type, const char *name)
+{
+    qmlRegisterUncreatableMetaObject(type, "HXCommon", 8, 0, name, text("It holds enumerations only."));
+}
+
+} // namespace
+
+void registerConsoleTypes()
+{
+    for (const QMetaObject *const type : vocabulary)
+        registerEnumerations(*type, type->className());
+    registerEnumerations(RC_GUI::staticMetaObject, "RC_GUI");
+    registerEnumerations(RC_GUI::ExtraSystole::staticMetaObject, "ExtraSystole");
+    registerShared("ECGLibraries", &ECGLibraries::Instance());
+    registerShared("OXUrls", OXUrls::instance());
+    qmlRegisterUncreatableType<ECGConfig>("HXCommon", 8, 0, "ECGConfig", text("It belongs to its library."));
+    qmlRegisterType<ConnectivityChecker>("HXCommon", 8, 0, "ConnectivityChecker");
+    qmlRegisterType<PausingTimer>("HXCommon", 8, 0, "PausingTimer");
+
+    // Lower limits in years; an application takes them from its configuration.
+    AgeGroups::setAgeGroupLimits(
+        {{text("baby"), 0}, {text("infant"), 1}, {text("child"), 3}, {text("adult"), 12}});
+    registerModel<Library>("Library");
+    registerServices();
+    registerSimulatedManikin();
+    registerSystem();
+    qmlRegisterSingletonType(QUrl(text("qrc:/console/Theme.qml")), "Console", 1, 0, "Theme");
+}
+
+#include "ConsoleTypes.moc"

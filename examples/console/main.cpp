@@ -1,0 +1,78 @@
+// olvex-console: shows on five pages what the library gives an application.
+//
+// Exit status: 0 closed, 1 user interface not loaded or screenshot not written, 3 another instance is
+// running.
+
+#include "ConsoleTypes.h"
+
+#include <AppConfig.h>
+#include <RunGuard.h>
+
+#include <QDir>
+#include <QEventLoop>
+#include <QGuiApplication>
+#include <QQmlApplicationEngine>
+#include <QQuickItem>
+#include <QQuickItemGrabResult>
+#include <QQuickStyle>
+#include <QQuickWindow>
+#include <QTimer>
+
+#include <cstdio>
+
+namespace {
+
+constexpr AppConfig::cmdArg_t options[] = {
+    {"--size", 1, "<width>x<height> Sets the size of the window"},
+    {"--theme", 1, "<dark|light> Sets the colours"},
+    {"--screenshots", 1, "<directory> Stores a picture of every page and ends"},
+    {"--load", 0, "Sends on the link and logs as fast as it can"},
+};
+
+// Shows one page after the other, each for long enough to fill with life.
+bool takeScreenshots(QQuickWindow *window, const QDir &directory)
+{
+    QEventLoop loop;
+    QTimer timer;
+    timer.setSingleShot(true);
+    QObject::connect(&timer, &QTimer::timeout, &loop, &QEventLoop::quit);
+    const QStringList pages = window->property("pages").toStringList();
+    bool stored = directory.mkpath(text("."));
+    for (int page = 0; page < pages.size() && stored; ++page) {
+        window->setProperty("page", page);
+        timer.start(2500);
+        loop.exec();
+        const auto grab = window->contentItem()->grabToImage();
+        QObject::connect(grab.data(), &QQuickItemGrabResult::ready, &loop, &QEventLoop::quit);
+        loop.exec();
+        stored = grab->image().save(directory.filePath(pages.at(page).toLower() + text(".png")));
+    }
+    return stored;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    const QGuiApplication application(argc, argv);
+    for (const AppConfig::cmdArg_t &option : options)
+        AppConfig::instance()->addArgument(option.name, option.valueCount, option.help);
+    if (AppConfig::instance()->initialize(text("olvex-console"), QString()))
+        return 0;
+    RunGuard guard(QString::fromLatin1(guardName));
+    if (!guard.tryToRun()) {
+        std::fputs("Another instance is running.\n", stderr);
+        return 3;
+    }
+    AppConfig::cleanExit();
+
+    registerConsoleTypes();
+    QQuickStyle::setStyle(text("Default"));
+    QQmlApplicationEngine engine(QUrl(text("qrc:/console/Main.qml")));
+    if (engine.rootObjects().isEmpty())
+        return 1;
+    const QString pictures = AppConfig::instance()->argumentValue(text("--screenshots"), QString());
+    if (pictures.isEmpty())
+        return QGuiApplication::exec();
+    return takeScreenshots(qobject_cast<QQuickWindow *>(engine.rootObjects().constFirst()), pictures) ? 0 : 1;
+}

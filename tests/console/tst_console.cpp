@@ -1,0 +1,59 @@
+// Runs tst_console.qml on the types that the program registers.
+
+#include "ConsoleTypes.h"
+
+#include <AppConfig.h>
+#include <RunGuard.h>
+
+#include <QQmlContext>
+#include <QQuickStyle>
+#include <QtQuickTest>
+
+#include <utility>
+
+static QStringList warnings;
+static QtMessageHandler libraryHandler, testHandler;
+
+static void handleMessage(QtMsgType type, const QMessageLogContext &context, const QString &message)
+{
+    const QString category = text(context.category);
+    if (type != QtDebugMsg && type != QtInfoMsg && !category.startsWith(text("Olvex.")))
+        warnings << category + text(": ") + message;
+    libraryHandler(type, context, message);
+}
+
+class Setup : public QObject {
+    Q_OBJECT
+
+public:
+    /// Takes the messages over from Qt Test, or gives them back.
+    Q_INVOKABLE void watchMessages(bool watch)
+    {
+        testHandler = qInstallMessageHandler(watch ? &handleMessage : testHandler);
+    }
+
+    /// The warnings since the last call that are none of the library's own.
+    Q_INVOKABLE QStringList takeWarnings() const { return std::exchange(warnings, QStringList()); }
+
+public Q_SLOTS:
+    void applicationAvailable()
+    {
+        QDir().mkpath(text("data/etc"));
+        QFile::copy(text(EXAMPLE_DATA "/etc/OlvexUrls.json"), text("data/etc/OlvexUrls.json"));
+        AppConfig::instance()->initialize(text("olvex-console"), QString());
+        AppConfig::logOutputFile.setFileName(text("console.log"));
+        AppConfig::logOutputFile.open(QIODevice::WriteOnly);
+        libraryHandler = qInstallMessageHandler(&handleMessage);
+        (new RunGuard(text(guardName), this))->tryToRun();
+        registerConsoleTypes();
+        QQuickStyle::setStyle(text("Default"));
+    }
+
+    void qmlEngineAvailable(QQmlEngine *engine)
+    {
+        engine->rootContext()->setContextProperty(text("setup"), this);
+    }
+};
+
+QUICK_TEST_MAIN_WITH_SETUP(console, Setup)
+#include "tst_console.moc"
