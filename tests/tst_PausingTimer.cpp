@@ -15,9 +15,8 @@ const struct {
     const char *name;
     int period; // that the inner timer runs with; -1: it does not run
 } stepCases[] = {
-    {"pause resume", -1},
+    {"pause resume =60000 resume", -1},
     {"start", 0},
-    {"=60000 resume", -1},
     {"=60000 start", 60000},
     {"60000 50000", 50000},
     {"60000 pause start", 60000},
@@ -59,7 +58,6 @@ private Q_SLOTS:
         const auto &expected = currentCase(stepCases);
         PausingTimer timer;
         QTimer *const inner = timer.findChild<QTimer *>(QString(), Qt::FindDirectChildrenOnly);
-        QVERIFY(!inner->isActive());
         const QStringList steps = QString::fromLatin1(expected.name).split(QLatin1Char(' '));
         for (const QString &name : steps)
             step(timer, *inner, name);

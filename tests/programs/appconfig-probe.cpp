@@ -48,6 +48,14 @@ void printPaths()
     }
 }
 
+// The region, and the files beside the settings.
+void printSettings()
+{
+    std::puts(qPrintable(AppConfig::settings()->value(QStringLiteral("System/Region")).toString()));
+    std::puts(
+        qPrintable(QDir(AppConfig::varEtcPath(QString())).entryList(QDir::Files).join(QLatin1Char(' '))));
+}
+
 // After a failed redirection, what is written to the descriptor must not land in the next file opened.
 void writeToDescriptor()
 {
@@ -76,6 +84,7 @@ const std::map<QString, void (*)()> actions = {
     {QString(), [] {}},
     {QStringLiteral("look-up"), lookOptionUp},
     {QStringLiteral("paths"), printPaths},
+    {QStringLiteral("settings"), printSettings},
     {QStringLiteral("warn"), [] { qWarning("a warning"); }},
     {QStringLiteral("fatal"), [] { qFatal("the end"); }},
     {QStringLiteral("late-exit"),
