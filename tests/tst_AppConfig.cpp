@@ -225,7 +225,6 @@ private Q_SLOTS:
         const QRegularExpression whole(text("^ \\| I \\| [^|]*: thread [0-7] line \\d+ end$"));
         QStringList lines = text(readFile("my.log")).split(QLatin1Char('\n')).filter(text("thread"));
         QCOMPARE(lines.removeDuplicates(), 0);
-        QCOMPARE(lines.size(), 8 * 5000);
         QCOMPARE(lines.filter(whole).size(), 8 * 5000);
     }
 
