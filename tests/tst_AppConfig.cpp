@@ -182,32 +182,6 @@ private Q_SLOTS:
         QVERIFY(version.toBool() && !QVariant::fromValue(OXVersion()).toBool());
     }
 
-    void logsToFile()
-    {
-        QVERIFY(startQuietly("--debugLevel 1"));
-        for (const QtMsgType type : {QtDebugMsg, QtInfoMsg, QtWarningMsg, QtCriticalMsg, QtMsgType(7)})
-            qt_message_output(type, QMessageLogContext("file", 1, "f", "category"), text("Grüße"));
-        qt_message_output(QtWarningMsg, QMessageLogContext("file", 1, nullptr, "category"), text("unseen"));
-        {
-            const DebugInfoEnterExit shown("F::m", 1);
-            const DebugInfoEnterExit hidden("F::n", 2);
-        }
-        QVERIFY(start("--null --logoutput my.log"));
-        qInfo("stamped");
-        QVERIFY2(looksLike(readFile("my.log"), R"(*
- | D | f: Grüße
- | I | f: Grüße
- | W | f: Grüße
- | C | f: Grüße
- | U | f: Grüße
- | W |  | D | *DebugInfoEnterExit::log(*: F::m: Enter
- | D | *DebugInfoEnterExit::log(*: F::m: Exit
-*:??:??.??? | I | *logsToFile(): stamped
-)"),
-                 readFile("my.log"));
-        QVERIFY(!readFile("my.log").contains("F::n"));
-    }
-
     void logsEveryLineOfManyThreads()
     {
         if (qEnvironmentVariableIsSet("WINEPREFIX"))

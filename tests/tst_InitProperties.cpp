@@ -65,16 +65,6 @@ class Values : public QObject {
 public:
     void setWriteOnly(int) { setObjectName(QStringLiteral("written")); }
 
-    // "name=value ..." of all that can be read, with the base class
-    QString shown() const
-    {
-        QString text;
-        for (int i = 0; i < staticMetaObject.propertyCount(); ++i)
-            text += QLatin1String(staticMetaObject.property(i).name()) + QLatin1Char('=')
-                + staticMetaObject.property(i).read(this).toString() + QLatin1Char(' ');
-        return text;
-    }
-
     QRect m_area = QRect(1, 2, 3, 4);
     QByteArray m_bytes;
     int m_constant = 2, m_number = 5;
@@ -110,21 +100,21 @@ private Q_SLOTS:
         values.m_text = QString();
         values.setObjectName(QStringLiteral("stored"));
         InitProperties::write(&values, m_path, group);
-        QCOMPARE(contents(m_path),
-                 QByteArray("[Group]\narea=\nbytes=\"a,b;\"\nconstant=20\n"
+        QByteArray stored = "[Group]\narea=\nbytes=\"a,b;\"\nconstant=20\n"
                             "dateTime=2021-09-10T12:00:10.007Z\nday=7\nflag=true\nnumber=-2147483648\n"
-                            "oneText=\"c,d\"\nreal=0.30000000000000004\ntext=\n"));
+                            "oneText=\"c,d\"\nreal=0.30000000000000004\ntext=\n";
+        QCOMPARE(contents(m_path), stored);
         InitProperties::writeSettingsLine(m_path, QStringLiteral("Group/writeOnly"), key);
 
+        stored.replace("constant=20", "constant=2"); // is not loaded
+        const QString again = m_directory->filePath(QStringLiteral("again.ini"));
         for (const QString &path : {m_path, copy()}) {
             const LogCapture capture;
             Values loaded;
             InitProperties::read(&loaded, path, group);
-            QCOMPARE(loaded.shown(),
-                     QStringLiteral(
-                         "objectName= area= bytes=a,b; constant=2 "
-                         "dateTime=2021-09-10T12:00:10.007Z day=7 flag=true number=-2147483648 oneText=c,d "
-                         "real=0.30000000000000004 text= writeOnly=0 "));
+            QCOMPARE(loaded.objectName(), QString());
+            InitProperties::write(&loaded, again, group);
+            QCOMPARE(contents(again), stored);
             // The day is stored as a number, which is no text for it, and converted after all.
             const QString warning =
                 QStringLiteral("default.warning: Path: \"%1\" Failed to read %2 value type QString");
