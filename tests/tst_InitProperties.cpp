@@ -4,7 +4,6 @@
 #include "LogCapture.h"
 
 #include <QDateTime>
-#include <QSettings>
 #include <QTemporaryDir>
 
 #include <limits>
@@ -19,8 +18,8 @@ const struct {
     const char *name; // the stored text
     int number, warnings;
 } intCases[] = {
-    {"\" 12 \"", 12, 0}, {"7\nnumber2=1", 7, 0}, {"true", 1, 1}, {"false", 0, 1},
-    {"True", 0, 1},      {"12abc", 0, 1},        {"3.7", 0, 1},  {"0x10", 0, 1},
+    {"\" 12 \"", 12, 0}, {"7\nnumber2=1", 7, 0}, {"true", 1, 1},
+    {"false", 0, 1},     {"True", 0, 1},         {"12abc", 0, 1},
     {"", 0, 1},          {"1,2", 5, 1}, // a list is no text: left as it was
 };
 
@@ -33,7 +32,6 @@ const struct {
     {"directory", "/.", "key=1\n"},
     {"below a file", "/settings.ini/other.ini", "key=1\n"},
     {"read-only", "/settings.ini", "key=1\n"},
-    {"binary", "/settings.ini", QByteArray("\0\1\2\xFF\xFE\n=\x80[\n\n", 11)},
     {"no keys", "/settings.ini", "Dear reader,\nthis is no settings file.\n"},
     {"broken section", "/settings.ini", "a=1\n[Group\nb=2\n"},
     {"Latin-1", "/settings.ini", "a=1\n[Group]\nname=M\xFCller\n"},
@@ -44,7 +42,7 @@ const struct {
 QByteArray contents(const QString &path)
 {
     QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    return file.open(QIODevice::ReadOnly | QIODevice::Text) ? file.readAll() : QByteArray();
 }
 
 } // namespace
@@ -66,16 +64,6 @@ class Values : public QObject {
 
 public:
     void setWriteOnly(int) { setObjectName(QStringLiteral("written")); }
-
-    // "name=value ..." of all that can be read, with the base class
-    QString shown() const
-    {
-        QString text;
-        for (int i = 0; i < staticMetaObject.propertyCount(); ++i)
-            text += QLatin1String(staticMetaObject.property(i).name()) + QLatin1Char('=')
-                + staticMetaObject.property(i).read(this).toString() + QLatin1Char(' ');
-        return text;
-    }
 
     QRect m_area = QRect(1, 2, 3, 4);
     QByteArray m_bytes;
@@ -112,19 +100,21 @@ private Q_SLOTS:
         values.m_text = QString();
         values.setObjectName(QStringLiteral("stored"));
         InitProperties::write(&values, m_path, group);
-        QCOMPARE(keys(group),
-                 QStringLiteral("area bytes constant dateTime day flag number oneText real text"));
+        QByteArray stored = "[Group]\narea=\nbytes=\"a,b;\"\nconstant=20\n"
+                            "dateTime=2021-09-10T12:00:10.007Z\nday=7\nflag=true\nnumber=-2147483648\n"
+                            "oneText=\"c,d\"\nreal=0.30000000000000004\ntext=\n";
+        QCOMPARE(contents(m_path), stored);
         InitProperties::writeSettingsLine(m_path, QStringLiteral("Group/writeOnly"), key);
 
+        stored.replace("constant=20", "constant=2"); // is not loaded
+        const QString again = m_directory->filePath(QStringLiteral("again.ini"));
         for (const QString &path : {m_path, copy()}) {
             const LogCapture capture;
             Values loaded;
             InitProperties::read(&loaded, path, group);
-            QCOMPARE(loaded.shown(),
-                     QStringLiteral(
-                         "objectName= area= bytes=a,b; constant=2 "
-                         "dateTime=2021-09-10T12:00:10.007Z day=7 flag=true number=-2147483648 oneText=c,d "
-                         "real=0.30000000000000004 text= writeOnly=0 "));
+            QCOMPARE(loaded.objectName(), QString());
+            InitProperties::write(&loaded, again, group);
+            QCOMPARE(contents(again), stored);
             // The day is stored as a number, which is no text for it, and converted after all.
             const QString warning =
                 QStringLiteral("default.warning: Path: \"%1\" Failed to read %2 value type QString");
@@ -151,17 +141,16 @@ private Q_SLOTS:
     {
         QStringList texts = {QString(), QStringLiteral("a") + QChar(0) + QStringLiteral("b"),
                              QString(100000, QChar(0xFC))};
-        for (const char *text : {" leading and trailing ", "\"quoted\"", "back\\slash\\", "a,b, c",
-                                 "line\nbreak\r\nand\rmore", "größe ключ 日本", "𠮷 𝒜 beyond the basic plane",
-                                 "@Invalid()", "@ByteArray(x)", "%1;#=[section]\x01\x02\\x41"})
+        for (const char *text :
+             {" a, \"b\", c\\ ", "line\nbreak\r\nand\rmore", "größe ключ 日本", "𠮷 𝒜 beyond the basic plane",
+              "@Invalid()", "@ByteArray(x)", "%1;#=[section]\x01\x02\\x41"})
             texts << QString::fromUtf8(text);
         for (int i = 0; i < texts.size(); ++i)
             InitProperties::writeSettingsLine(m_path, QStringLiteral("a key/%1").arg(i), texts[i]);
         for (const QString &path : {m_path, copy()}) {
-            QStringList read;
             for (int i = 0; i < texts.size(); ++i)
-                read << InitProperties::readSettingsLine(path, QStringLiteral("a key/%1").arg(i), key);
-            QCOMPARE(read, texts);
+                QCOMPARE(InitProperties::readSettingsLine(path, QStringLiteral("a key/%1").arg(i), key),
+                         texts[i]);
         }
     }
 
@@ -186,7 +175,7 @@ private Q_SLOTS:
         QCOMPARE(contents(m_path), bytes);
         InitProperties::removeGroup(m_path, QStringLiteral("A/B"));
         InitProperties::removeGroup(m_path, group);
-        QCOMPARE(keys(QString()), QStringLiteral("A/y number real"));
+        QCOMPARE(contents(m_path), QByteArray("[General]\nnumber=1\nreal=2\n\n[A]\ny=2\n"));
         QCOMPARE(InitProperties::readSettingsLine(m_path, key, group), group);
         InitProperties::clearAll(m_path);
         QCOMPARE(contents(m_path), QByteArray());
@@ -227,7 +216,7 @@ private Q_SLOTS:
         std::thread other(writeLines, QStringLiteral("theirs%1"));
         writeLines(QStringLiteral("ours%1"));
         other.join();
-        QCOMPARE(keys(QString()).count(QLatin1String("urs")), 40);
+        QCOMPARE(contents(m_path).count("rs"), 80);
     }
 
     // QSettings in another process takes a file of the same size and time for unchanged, and would write back
@@ -251,13 +240,6 @@ private:
         QFile::remove(name);
         QFile::copy(m_path, name);
         return name;
-    }
-
-    QString keys(const QString &inGroup) const
-    {
-        QSettings settings(copy(), QSettings::IniFormat);
-        settings.beginGroup(inGroup);
-        return settings.allKeys().join(QLatin1Char(' '));
     }
 
     void store(const QByteArray &bytes) const

@@ -48,6 +48,24 @@ void printPaths()
     }
 }
 
+// The region, and the files beside the settings.
+void printSettings()
+{
+    std::puts(qPrintable(AppConfig::settings()->value(QStringLiteral("System/Region")).toString()));
+    std::puts(
+        qPrintable(QDir(AppConfig::varEtcPath(QString())).entryList(QDir::Files).join(QLatin1Char(' '))));
+}
+
+// Every level, a message without a function, and traces of two levels.
+void logAll()
+{
+    for (const QtMsgType type : {QtDebugMsg, QtInfoMsg, QtWarningMsg, QtCriticalMsg, QtMsgType(7)})
+        qt_message_output(type, QMessageLogContext("file", 1, "f", "category"), QStringLiteral("Grüße"));
+    qt_message_output(QtWarningMsg, QMessageLogContext("file", 1, nullptr, "category"), QStringLiteral("x"));
+    const DebugInfoEnterExit shown("F::m", 1);
+    const DebugInfoEnterExit hidden("F::n", 2);
+}
+
 // After a failed redirection, what is written to the descriptor must not land in the next file opened.
 void writeToDescriptor()
 {
@@ -76,6 +94,8 @@ const std::map<QString, void (*)()> actions = {
     {QString(), [] {}},
     {QStringLiteral("look-up"), lookOptionUp},
     {QStringLiteral("paths"), printPaths},
+    {QStringLiteral("settings"), printSettings},
+    {QStringLiteral("log"), logAll},
     {QStringLiteral("warn"), [] { qWarning("a warning"); }},
     {QStringLiteral("fatal"), [] { qFatal("the end"); }},
     {QStringLiteral("late-exit"),

@@ -16,9 +16,9 @@
 //     2> what comes through standard error
 //     exit 1
 //
-// "<" makes a file before the run; what stands in front of the first run holds for all. The lines that come
-// out are compared with their blanks simplified; "*" stands for any characters and lines, "?" for one
-// character. What the run leaves in my.log follows behind "log> ".
+// "<" makes a file before the run, a second newer than the one before; what stands in front of the first run
+// holds for all. The lines that come out are compared with their blanks simplified; "*" stands for any
+// characters and lines, "?" for one character. What the run leaves in my.log follows behind "log> ".
 
 /// The data of a test: a row for each run in the files.
 inline void addRuns(const QStringList &transcripts)
@@ -54,12 +54,14 @@ inline void checkRun(const QString &program, const QStringList &options, const Q
     QStringList lines = run.split(QLatin1Char('\n'));
     const QStringList arguments = options + lines.takeFirst().split(QLatin1Char(' '));
     QByteArray expected;
+    QDateTime time = QDateTime::currentDateTime().addSecs(-60);
     for (const QString &line : qAsConst(lines)) {
         if (line.startsWith(QLatin1String("< "))) {
             QFile file(directory.filePath(line.section(QLatin1Char(' '), 1, 1)));
             const QByteArray contents = line.section(QLatin1Char(' '), 2).toUtf8().replace("\\n", "\n");
             QVERIFY(directory.mkpath(QFileInfo(file).path()));
             QVERIFY(file.open(QIODevice::WriteOnly) && file.write(contents) == contents.size());
+            QVERIFY(file.flush() && file.setFileTime(time = time.addSecs(1), QFile::FileModificationTime));
         } else if (!line.isEmpty() && !line.startsWith(QLatin1Char('#'))) {
             expected += line.toUtf8() + '\n';
         }
