@@ -82,8 +82,7 @@ const struct {
      "{ checker.url = 'http://a.example'; checker.timeout = 5; checker.setScheduleTimeout() }"
      "note(appointment())",
      "10000 -1 http://a.example 5 10000 -1"},
-    {"may be deleted in flight", "checker.startCheck(); deleteChecker()", "1 reply left"},
-    {"and the probe ends in time",
+    {"may be deleted in flight; the probe ends in time",
      "answer('hang'); checker.timeout = 100; checker.startCheck(); deleteChecker()", "1 reply left"},
 };
 

@@ -143,15 +143,12 @@ private Q_SLOTS:
         auto *config = new ECGConfig;
         ECGLibrary library;
         library.insert(&replaced);
-        QVERIFY(QMetaObject::invokeMethod(&library, "insert", QGenericArgument("ECGConfig*", &config)));
+        library.insert(config);
         config->setRhythm(-5);
         library.insert(config); // under two ids, and yet deleted once
-        QCOMPARE(library.configs(), (QMap<int, ECGConfig *>{{-5, config}, {0, config}}));
-        QCOMPARE(library.getECGConfig(-5), config);
-
         QTest::ignoreMessage(QtWarningMsg, "ECGLibrary::insert: there is no configuration to insert");
         library.insert(nullptr);
-        QCOMPARE(library.configs().size(), 2);
+        QCOMPARE(library.configs(), (QMap<int, ECGConfig *>{{-5, config}, {0, config}}));
     }
 
     // The first test that needs a library. It lists all rhythms of the adults, and those of the other ages
@@ -218,7 +215,7 @@ private Q_SLOTS:
     {
         const QPointer<ECGLibraries> libraries = &ECGLibraries::Instance();
         const QPointer<ECGLibrary> library = ECGLibrary::getBabyECGLibrary();
-        const QPointer<ECGConfig> vt = config("baby", 138), svt = config("baby", 181);
+        const QPointer<ECGConfig> vt = config("baby", 138), svt = library->getECGConfig(181);
         {
             QJSEngine engine;
             engine.globalObject().setProperty(QStringLiteral("libraries"), engine.newQObject(libraries));
@@ -228,9 +225,7 @@ private Q_SLOTS:
                 "var svt = library.getECGConfig(181);"
                 "[vt.heartrate_max, svt.rhythmTypeName, libraries.getECGConfig('baby', 999)].join()"));
             QCOMPARE(result.toString(), QStringLiteral("320,svt,"));
-            engine.evaluate(QStringLiteral("vt = svt = library = libraries = null"));
-            engine.collectGarbage();
-        }
+        } // collects all that the engine owns
         QVERIFY(libraries && library && vt && svt);
     }
 };
