@@ -40,8 +40,6 @@ private Q_SLOTS:
         AgeGroups::setAgeGroupLimits(limits(R"({"child": 1, "baby": 0, "adult": "12"})"));
         QCOMPARE(groupsOf({-0.0, 0.5, 1, 11.9, 12, infinity}),
                  QStringLiteral("baby baby child child adult adult"));
-        QCOMPARE(capture.lines(), QStringList());
-
         QCOMPARE(groupsOf({-1, -infinity, notANumber}), QStringLiteral("baby baby baby"));
         const QString message = QStringLiteral(
             "Olvex.OXAgeGroups.info: ageInYears is lower than the lowest entry in ageGroupLowerLimits");
@@ -61,8 +59,7 @@ private Q_SLOTS:
         QCOMPARE(capture.lines().filter(message).size(), 5);
         QVERIFY(capture.lines().contains(message + QStringLiteral("QString, \"abc\")")));
         QCOMPARE(AgeGroups::m_sortedAgeGroups.size(), size_t(3));
-        QCOMPARE(AgeGroups::m_sortedAgeGroups.begin()->second, QStringLiteral("most"));
-        QCOMPARE(AgeGroups::m_sortedAgeGroups.rbegin()->second, QStringLiteral("least"));
+        QCOMPARE(groupsOf({-1, 0, infinity}), QStringLiteral("least least most"));
     }
 };
 

@@ -26,7 +26,6 @@ const struct {
     {"100 is raised", 110, 100, 2, -120, 4, 3.0},
     {"raised to -lowerOffset", -5, -20, 3, -8, 4, 3.0},
     {"raised to 0", -5, -20, 3, 0, 4, 0.0},
-    {"saturation 0", -5, 0, 3, 8, 4, 0.0},
 
     {"no levels, level 0", 90, 50, 2, -8, 0, -1.0},
     {"no levels, level 1", 90, 92, -2, -8, 0, -1.0},
@@ -37,7 +36,6 @@ const struct {
     {"lowest threshold", lowest, lowest, -32768, -32768, 4, 3.0},
     {"highest threshold", highest, highest, 32767, 32767, 4, 0.0},
     {"wrapped product", 1, 100, 32767, -32768, 4, 0.0},
-    {"wrapped product, negative levels", 1, 100, 32767, -32768, -100, -101.0},
 };
 
 } // namespace
