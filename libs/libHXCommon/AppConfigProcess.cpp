@@ -1,5 +1,6 @@
-#include "AppConfig.h"
+#include "AppConfigProcess.h"
 
+#include "AppConfig.h"
 #include "AppConfigLogging.h"
 #include "platform/Platform.h"
 
@@ -13,15 +14,6 @@ QElapsedTimer AppConfig::elapsedTimer;
 int AppConfig::signalsFD[2] = {-1, -1};
 
 namespace {
-
-// Runs on a thread of the operating system, which ends the process when this returns.
-bool cleanWindowsExit(unsigned long event)
-{
-    qDebug("cleanWindowsExit %d", int(event));
-    AppConfig::exit(0);
-    QThread::msleep(5000); // time for the event loop to wind down
-    return true;
-}
 
 void deliverSignals()
 {
@@ -44,6 +36,14 @@ bool watchSignals()
 }
 
 } // namespace
+
+bool cleanWindowsExit(unsigned long event)
+{
+    qDebug("cleanWindowsExit %d", int(event));
+    AppConfig::exit(0);
+    QThread::msleep(5000);
+    return true;
+}
 
 void AppConfig::exit(qint32 code)
 {
