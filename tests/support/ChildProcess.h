@@ -4,6 +4,7 @@
 #include <QProcess>
 #include <QProcessEnvironment>
 #include <QString>
+#include <QTemporaryFile>
 
 /// How a child process ended and what it printed, with "\n" at the end of every line on every system.
 struct ChildResult {
@@ -37,12 +38,22 @@ inline ChildResult finishChild(QProcess &process)
             process.readAllStandardError().replace("\r\n", "\n")};
 }
 
-/// Runs a program to its end.
+/// Runs a program to its end. Its output goes through files: Wine now and then loses what is still in a pipe
+/// when the writer ends.
 inline ChildResult runChild(const QString &program, const QStringList &arguments, const QString &directory)
 {
+    QTemporaryFile out;
+    QTemporaryFile err;
     QProcess process;
+    if (!out.open() || !err.open())
+        qFatal("There is no place for the output of a program");
+    process.setStandardOutputFile(out.fileName());
+    process.setStandardErrorFile(err.fileName());
     startChild(process, program, arguments, directory);
-    return finishChild(process);
+    ChildResult result = finishChild(process);
+    result.out = out.readAll().replace("\r\n", "\n");
+    result.err = err.readAll().replace("\r\n", "\n");
+    return result;
 }
 
 #endif
