@@ -32,7 +32,7 @@ bool startsBlock(const Byte *bytes, std::size_t available)
 
 unsigned short messageCrc(Bytes &message)
 {
-    // Deliberate: the length is taken modulo 256. Devices compute it so, do not "fix" it for long messages.
+    // Deliberate: the length is taken modulo 256. Do not "fix" it for long messages: both ends must do the same.
     return CrcCCITT::calcCrc(message.data(), message.size() % 256);
 }
 
