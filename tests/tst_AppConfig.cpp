@@ -96,20 +96,6 @@ private Q_SLOTS:
         QVERIFY(!AppConfig::elapsedTimerLock.isLocked());
     }
 
-    void readsOptions()
-    {
-        AppConfig::cmdArgInfo_t outside{9, -1}; // the end of the list ends the count, too
-        AppConfig::instance()->getArgValueCnt({"--many", -1, nullptr}, outside);
-        QCOMPARE(outside.valueCount, 1);
-
-        QVERIFY(start("--null --disablestamps --disablecrashdump --debugLevel 3"));
-        QVERIFY(AppConfig::nullOutput && AppConfig::disableTimestamp && AppConfig::disableCrashHandler);
-        QCOMPARE(DebugInfoEnterExit::debugLevel, 3);
-        QVERIFY(start("--debugLevel --null"));
-        QVERIFY(AppConfig::nullOutput && !AppConfig::disableTimestamp && !AppConfig::disableCrashHandler);
-        QCOMPARE(DebugInfoEnterExit::debugLevel, 0);
-    }
-
     void resolvesPaths()
     {
         QVERIFY(startQuietly());

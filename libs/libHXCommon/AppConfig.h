@@ -299,7 +299,8 @@ public:
     /// Whether messages are kept from oldMsgHandler; true until the command line was read, then as "--null"
     /// says.
     static bool nullOutput;
-    /// Whether lines of the log file start without the time ("--disablestamps").
+    /// Whether lines of the log file start without the time; set by "--disablestamps", and never cleared
+    /// here.
     static bool disableTimestamp;
     /// Whether the application is to leave its crash handler off ("--disablecrashdump").
     static bool disableCrashHandler;
