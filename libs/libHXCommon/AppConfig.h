@@ -356,9 +356,13 @@ public:
      * Makes a request of the operating system to end the process a clean exit with code 0.
      *
      * On Windows these are the console's close and break events. On POSIX systems SIGINT, SIGTERM and SIGHUP
-     * are forwarded to the main thread's event loop, which emits shutdownRequested() first. Call it on the
-     * main thread.
-     * @return whether the handler could be installed; on POSIX systems that needs the application object
+     * are forwarded to the main thread's event loop, which emits shutdownRequested() first. A request that a
+     * loop before QCoreApplication::exec() has read, such as that of a dialog, ends that loop and is then
+     * repeated every 100 ms until QCoreApplication::aboutToQuit(). A signal that is ignored stays ignored
+     * (nohup). The former actions come back when the application object is destroyed. Call it on the main
+     * thread.
+     * @return whether the handler could be installed; on POSIX systems that needs the application object, and
+     * nothing is changed without it
      */
     static bool cleanExit();
 

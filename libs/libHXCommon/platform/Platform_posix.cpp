@@ -6,7 +6,6 @@
 #include <chrono>
 #include <csignal>
 #include <ctime>
-#include <initializer_list>
 #include <thread>
 
 #include <fcntl.h>
@@ -31,11 +30,11 @@ void handleSignal(int number, siginfo_t *info, void *context)
     signalHandler(number, info, context);
 }
 
-bool openChannel(int channel[2])
-{
-    return channel[0] != -1
-        || ::socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0, channel) == 0;
-}
+struct TerminationSignal {
+    int number;
+    struct sigaction former;
+};
+TerminationSignal terminationSignals[] = {{SIGINT, {}}, {SIGTERM, {}}, {SIGHUP, {}}};
 
 } // namespace
 
@@ -93,19 +92,39 @@ void parkOnNullDevice(int descriptor)
     ::close(null);
 }
 
-bool installTerminationHandlers(const TerminationHandlers &handlers, int channel[2])
+bool installTerminationHandlers(const TerminationHandlers &handlers)
 {
-    if (!openChannel(channel))
-        return false;
     signalHandler = handlers.signal;
     struct sigaction action { };
     action.sa_sigaction = &handleSignal;
     action.sa_flags = SA_SIGINFO | SA_RESTART;
     ::sigemptyset(&action.sa_mask);
     bool installed = true;
-    for (const int number : {SIGINT, SIGTERM, SIGHUP})
-        installed = ::sigaction(number, &action, nullptr) == 0 && installed;
+    for (auto &[number, former] : terminationSignals) {
+        struct sigaction current { };
+        ::sigaction(number, nullptr, &current);
+        // Ignored in jobs that are to survive the terminal, such as those of nohup.
+        if (current.sa_handler == SIG_IGN || current.sa_sigaction == &handleSignal)
+            continue;
+        installed = ::sigaction(number, &action, &former) == 0 && installed;
+    }
     return installed;
+}
+
+void restoreTerminationHandlers()
+{
+    for (const auto &[number, former] : terminationSignals) {
+        struct sigaction current { };
+        ::sigaction(number, nullptr, &current);
+        if (current.sa_sigaction == &handleSignal)
+            ::sigaction(number, &former, nullptr);
+    }
+}
+
+bool openChannel(int channel[2])
+{
+    return channel[0] != -1
+        || ::socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0, channel) == 0;
 }
 
 void writeSignal(int descriptor, int number)

@@ -71,10 +71,17 @@ void parkOnNullDevice(int descriptor)
     _close(null);
 }
 
-bool installTerminationHandlers(const TerminationHandlers &handlers, int *)
+bool installTerminationHandlers(const TerminationHandlers &handlers)
 {
     consoleEventHandler = handlers.consoleEvent;
     return SetConsoleCtrlHandler(&handleConsoleEvent, TRUE) != 0;
+}
+
+void restoreTerminationHandlers() { }
+
+bool openChannel(int *)
+{
+    return false;
 }
 
 void writeSignal(int, int) { }
