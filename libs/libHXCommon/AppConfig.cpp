@@ -43,8 +43,7 @@ AppConfig::~AppConfig()
 {
     qCDebug(appConfigCategory) << "Begin";
     qDeleteAll(m_arguments);
-    if (oldMsgHandler)
-        qInstallMessageHandler(oldMsgHandler);
+    removeLogHandler();
     forgetLoggingCategories();
     if (logOutputFile.isOpen())
         logOutputFile.close();

@@ -77,7 +77,9 @@ public:
      * reported on standard error, a service table that cannot be read by a warning of OXUrls, and a directory
      * or settings file that cannot be made is left to whoever uses it.
      *
-     * May be called again; the settings object is then replaced.
+     * May be called again; the settings object is then replaced. A message handler or category filter that
+     * the application has installed meanwhile then comes behind those of the library, and may go on passing
+     * everything to them.
      * @param applicationName goes into the name of the settings file
      * @param version used unless the application object has a version already (on Windows it may have one
      * from its version resource); when both are empty the version of this library is used
