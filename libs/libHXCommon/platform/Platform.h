@@ -19,7 +19,8 @@ struct TimeOfDay {
 /// The current local time, following a change of the time zone within a second; from any thread.
 TimeOfDay localTimeOfDay();
 
-/// Opens a named file so that append() adds to its end, and makes it when missing.
+/// Opens a named file, unbuffered, so that append() adds to its end, and makes it when missing. POSIX: a
+/// FIFO whose reader has gone no longer ends the process from then on.
 bool openForAppending(QFile &file);
 
 /// Adds all bytes in one piece to a file opened so; from any thread, errors are ignored.

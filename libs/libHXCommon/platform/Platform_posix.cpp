@@ -11,6 +11,7 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace platform {
@@ -59,7 +60,15 @@ TimeOfDay localTimeOfDay()
 
 bool openForAppending(QFile &file)
 {
-    return file.open(QIODevice::WriteOnly | QIODevice::Append);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered))
+        return false;
+    struct stat status { };
+    struct sigaction action { };
+    // As Qt does for its own pipes and sockets.
+    if (::fstat(file.handle(), &status) == 0 && S_ISFIFO(status.st_mode)
+        && ::sigaction(SIGPIPE, nullptr, &action) == 0 && action.sa_handler == SIG_DFL)
+        std::signal(SIGPIPE, SIG_IGN);
+    return true;
 }
 
 void append(int descriptor, const char *data, std::size_t size)
