@@ -61,7 +61,8 @@ public:
         qint32 valueCount; ///< Values the option takes, -1 when it does not occur or is not registered.
     };
 
-    /// The one object; made on the first call, from whichever thread that is.
+    /// The one object; made on the first call, from whichever thread that is. It lives in the thread of the
+    /// application object if there is one by then.
     static AppConfig *instance();
     /// The same as instance().
     static AppConfig *Instance();
@@ -480,8 +481,6 @@ public:
     static qint32 debugLevel;
 
 private:
-    void log(const char *event) const;
-
     const char *m_signature;
     qint32 m_level;
 };

@@ -204,16 +204,12 @@ qint32 DebugInfoEnterExit::debugLevel = -1;
 DebugInfoEnterExit::DebugInfoEnterExit(const char *signature, qint32 level)
     : m_signature(signature), m_level(level)
 {
-    log("Enter");
+    if (m_level <= debugLevel)
+        qDebug("%s: Enter", m_signature);
 }
 
 DebugInfoEnterExit::~DebugInfoEnterExit()
 {
-    log("Exit");
-}
-
-void DebugInfoEnterExit::log(const char *event) const
-{
     if (m_level <= debugLevel)
-        qDebug("%s: %s", m_signature, event);
+        qDebug("%s: Exit", m_signature);
 }
