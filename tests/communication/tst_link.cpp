@@ -132,8 +132,10 @@ TEST(EncodeMessage, refusesWithoutEffect)
 TEST(EncodeMessage, isFoundBehindNoise)
 {
     std::mt19937 generator(3);
-    for (unsigned char noise = 0; noise < 255; ++noise)
-        ASSERT_TRUE(isFoundBehindNoise(noise, anyBytes(generator, below(generator, 255)))) << int(noise);
+    for (unsigned char noise = 0; noise < 255; ++noise) {
+        const Bytes message = anyBytes(generator, 1 + below(generator, 254));
+        ASSERT_TRUE(isFoundBehindNoise(noise, message)) << int(noise);
+    }
 }
 
 TEST(Receive, reportsFramesAndPositions)
