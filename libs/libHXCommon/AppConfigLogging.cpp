@@ -3,38 +3,78 @@
 #include "AppConfig.h"
 #include "platform/Platform.h"
 
+#include <QVarLengthArray>
+
 #include <algorithm>
-#include <cstdio>
+#include <cstring>
 #include <iterator>
 #include <mutex>
 
 Q_LOGGING_CATEGORY(appConfigCategory, "Olvex.AppConfig")
 
-QFile AppConfig::logOutputFile;
+[[gnu::init_priority(101)]] QFile AppConfig::logOutputFile;
 QtMessageHandler AppConfig::oldMsgHandler = nullptr;
 bool AppConfig::nullOutput = true;
 bool AppConfig::disableTimestamp = false;
 bool AppConfig::disableCrashHandler = false;
 
+namespace {
+
 // Never destroyed: other objects may log in a new category after this library's statics are gone.
-QHash<const char *, QLoggingCategory *> &AppConfig::loggingCategories =
-    *new QHash<const char *, QLoggingCategory *>;
+union Categories {
+    Categories() : hash() { }
+    ~Categories() { }
+    QHash<const char *, QLoggingCategory *> hash;
+};
+[[gnu::init_priority(101)]] Categories categories;
+
+} // namespace
+
+QHash<const char *, QLoggingCategory *> &AppConfig::loggingCategories = categories.hash;
 
 namespace {
 
 std::mutex categoriesMutex;
 QLoggingCategory::CategoryFilter previousFilter = nullptr;
 
+// What stood there before initialize() was called first. When it is called again under a handler or filter of
+// the application, that gets each message and category from ours and may hand it on to ours again: then these
+// are next.
+QtMessageHandler firstHandler = nullptr;
+QLoggingCategory::CategoryFilter firstFilter = nullptr;
+bool isHandlerInstalledAgain = false;
+
 // ---- log file lines
 
-// "h:mm:ss.zzz", without the locale: its first use by several threads at once can yield an empty text.
-QByteArray timeStamp()
+using Line = QVarLengthArray<char, 512>;
+
+void append(Line &line, const char *text)
+{
+    line.append(text, int(std::strlen(text)));
+}
+
+void appendTwoDigits(Line &line, int number)
+{
+    line.append(char('0' + number / 10));
+    line.append(char('0' + number % 10));
+}
+
+// "h:mm:ss.zzz", without the locale, whose first use by several threads at once can yield an empty text, and
+// without printf(), which would take a fourth of the time of a line.
+void appendTime(Line &line)
 {
     const platform::TimeOfDay now = platform::localTimeOfDay();
-    char text[64];
-    const int length = std::snprintf(text, sizeof text, "%d:%02d:%02d.%03d", now.hour, now.minute, now.second,
-                                     now.millisecond);
-    return QByteArray(text, length);
+    if (now.hour < 10)
+        line.append(char('0' + now.hour));
+    else
+        appendTwoDigits(line, now.hour);
+    line.append(':');
+    appendTwoDigits(line, now.minute);
+    line.append(':');
+    appendTwoDigits(line, now.second);
+    line.append('.');
+    line.append(char('0' + now.millisecond / 100));
+    appendTwoDigits(line, now.millisecond % 100);
 }
 
 const char *levelTag(QtMsgType type)
@@ -54,19 +94,19 @@ const char *levelTag(QtMsgType type)
     return " | U | ";
 }
 
-QByteArray logLine(QtMsgType type, const QMessageLogContext &context, const QString &text)
+Line logLine(QtMsgType type, const QMessageLogContext &context, const QString &text)
 {
-    QByteArray line;
-    line.reserve(256); // most lines fit without growing it
+    Line line;
     if (!AppConfig::disableTimestamp)
-        line += timeStamp();
-    line += levelTag(type);
+        appendTime(line);
+    append(line, levelTag(type));
     // Deliberate: without a function name neither text nor line end are written.
     if (context.function) {
-        line += context.function;
-        line += ": ";
-        line += text.toUtf8();
-        line += '\n';
+        append(line, context.function);
+        append(line, ": ");
+        const QByteArray utf8 = text.toUtf8();
+        line.append(utf8.constData(), utf8.size());
+        line.append('\n');
     }
     return line;
 }
@@ -79,12 +119,22 @@ void reportFatal(const QString &text)
 
 void handleMessage(QtMsgType type, const QMessageLogContext &context, const QString &text)
 {
+    static thread_local bool isForwarding = false;
+    if (isHandlerInstalledAgain && isForwarding) {
+        firstHandler(type, context, text);
+        return;
+    }
     if (AppConfig::logOutputFile.isOpen()) {
-        const QByteArray line = logLine(type, context, text);
+        const Line line = logLine(type, context, text);
         platform::append(AppConfig::logOutputFile.handle(), line.constData(), std::size_t(line.size()));
     }
-    if (!AppConfig::nullOutput && AppConfig::oldMsgHandler)
+    if (!AppConfig::nullOutput && AppConfig::oldMsgHandler) {
+        if (isHandlerInstalledAgain)
+            isForwarding = true;
         AppConfig::oldMsgHandler(type, context, text);
+        if (isHandlerInstalledAgain)
+            isForwarding = false;
+    }
     if (type == QtFatalMsg)
         reportFatal(text);
 }
@@ -105,14 +155,21 @@ bool registerCategory(QLoggingCategory *category)
 // Runs under a lock of Qt's category registry: it must neither log nor touch a category for the first time.
 void filterCategory(QLoggingCategory *category)
 {
+    static bool isForwarding = false;
+    if (isForwarding) {
+        firstFilter(category);
+        return;
+    }
     // On first sight only, so that the application can switch it on again; before and after, because Qt's own
     // filter sets every level of a category.
     const bool silence =
         registerCategory(category) && qstrcmp(category->categoryName(), "Olvex.NetworkControl.Qml") == 0;
     if (silence)
         category->setEnabled(QtDebugMsg, false);
+    isForwarding = true;
     if (previousFilter)
         previousFilter(category);
+    isForwarding = false;
     if (silence)
         category->setEnabled(QtDebugMsg, false);
 }
@@ -122,8 +179,11 @@ void filterCategory(QLoggingCategory *category)
 void installLoggingFilter()
 {
     const QLoggingCategory::CategoryFilter previous = QLoggingCategory::installFilter(&filterCategory);
-    if (previous != &filterCategory)
-        previousFilter = previous;
+    if (previous == &filterCategory)
+        return;
+    if (!firstFilter)
+        firstFilter = previous;
+    previousFilter = previous;
 }
 
 void forgetLoggingCategories()
@@ -135,8 +195,21 @@ void forgetLoggingCategories()
 void installLogHandler()
 {
     const QtMessageHandler previous = qInstallMessageHandler(&handleMessage);
-    if (previous != &handleMessage)
-        AppConfig::oldMsgHandler = previous;
+    if (previous == &handleMessage)
+        return;
+    if (firstHandler)
+        isHandlerInstalledAgain = true;
+    else
+        firstHandler = previous;
+    AppConfig::oldMsgHandler = previous;
+}
+
+void removeLogHandler()
+{
+    if (AppConfig::oldMsgHandler)
+        qInstallMessageHandler(AppConfig::oldMsgHandler);
+    if (isHandlerInstalledAgain)
+        AppConfig::oldMsgHandler = firstHandler; // the one installed now may still hand on to ours
 }
 
 QLoggingCategory *AppConfig::loggingCategoriesFromIndex(qint32 index)
@@ -154,16 +227,12 @@ qint32 DebugInfoEnterExit::debugLevel = -1;
 DebugInfoEnterExit::DebugInfoEnterExit(const char *signature, qint32 level)
     : m_signature(signature), m_level(level)
 {
-    log("Enter");
+    if (m_level <= debugLevel)
+        qDebug("%s: Enter", m_signature);
 }
 
 DebugInfoEnterExit::~DebugInfoEnterExit()
 {
-    log("Exit");
-}
-
-void DebugInfoEnterExit::log(const char *event) const
-{
     if (m_level <= debugLevel)
-        qDebug("%s: %s", m_signature, event);
+        qDebug("%s: Exit", m_signature);
 }
