@@ -2,7 +2,6 @@
 // the outside is the matter of tst_AppConfigProcess.
 
 #include <AppConfig.h>
-#include <AppConfigProcess.h>
 #include <platform/Platform.h>
 
 #include "Cases.h"
@@ -11,7 +10,6 @@
 #include <QTextCodec>
 
 #include <algorithm>
-#include <atomic>
 #include <csignal>
 #include <thread>
 
@@ -242,25 +240,6 @@ private Q_SLOTS:
         QCOMPARE(QCoreApplication::exec(), 0);
         QVERIFY(!requests.isEmpty() && requests.size() <= 20000);
 #endif
-    }
-
-    // By break and close events, which the system reports on threads of its own and to which it ends the
-    // process as soon as they return. Wine sends neither; tst_AppConfigProcess receives what it does send.
-    void endsOnConsoleEvents()
-    {
-        QVERIFY(startQuietly());
-        std::atomic<int> handled{0};
-        std::vector<std::thread> system;
-        QTimer::singleShot(0, qApp, [&] {
-            for (const unsigned long event : {1UL, 2UL})
-                system.emplace_back([&handled, event] { handled += cleanWindowsExit(event) ? 1 : 100; });
-        });
-        QCOMPARE(QCoreApplication::exec(), 0);
-        QCOMPARE(handled.load(), 0); // there is time to wind down
-        for (std::thread &thread : system)
-            thread.join();
-        QCOMPARE(handled.load(), 2);
-        QVERIFY(looksLike(readFile("my.log"), "*cleanWindowsExit ?*cleanWindowsExit ?*exit called with 0*"));
     }
 
 private:
