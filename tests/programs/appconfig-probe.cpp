@@ -8,6 +8,7 @@
 #include <OXUrls.h>
 #include <OXVersion.h>
 #include <Product.h>
+#include <platform/Platform.h>
 
 #include <QCoreApplication>
 #include <QDateTime>
@@ -23,9 +24,7 @@
 #    include <windows.h>
 #else
 #    include <csignal>
-#    include <fcntl.h>
 #    include <sys/resource.h>
-#    include <sys/stat.h>
 #    include <unistd.h>
 #endif
 
@@ -106,18 +105,14 @@ void printPaths()
                                 AppConfig::paramterIniPathTHA(),
                                 AppConfig::settingIniPath(false)}
                         .join(QLatin1Char('\n'));
-    paths.replace(QDir::currentPath(), QStringLiteral("HERE")).replace(QChar(0), QLatin1Char('0'));
+    const QString here = QDir::currentPath();
+    QDir().rmdir(AppConfig::varLogPath(QString()));
+    QDir::setCurrent(QDir::tempPath());
+    AppConfig::varLogPath(QString()); // makes the directory again where it was
+    QDir::setCurrent(here);
+    paths.replace(here, QStringLiteral("HERE")).replace(QChar(0), QLatin1Char('0'));
     print({paths.replace(QDir::tempPath(), QStringLiteral("TMP")), directoriesIn("."),
            directoriesIn("appdata/Brantel Medical"), directoriesIn("appdata/Brantel Medical/Olvex/var")});
-}
-
-// The directory is made where the path is that a getter gave first.
-void changeDirectory()
-{
-    const QString path = AppConfig::varPath(QString());
-    QDir().rmdir(path);
-    QDir::setCurrent(QDir::tempPath());
-    print({QFileInfo::exists(AppConfig::varPath(QString())) ? QStringLiteral("made again") : path});
 }
 
 // --name: what the application object says.
@@ -181,16 +176,15 @@ void raiseConsoleEvent()
 }
 
 #ifndef Q_OS_WIN
-// A log that is read until it is open.
-void readFifo()
+// A log whose reader goes away.
+void breakPipe()
 {
-    ::unlink("my.fifo"); // the start-up has made a file
-    ::mkfifo("my.fifo", 0600);
-    const int reader = ::open("my.fifo", O_RDONLY | O_NONBLOCK);
-    AppConfig::instance()->parseApplicationArgs();
-    ::close(reader);
+    int pipe[2];
+    static_cast<void>(!::pipe(pipe));
+    AppConfig::logOutputFile.setFileName(QStringLiteral("/dev/fd/%1").arg(pipe[1]));
+    platform::openForAppending(AppConfig::logOutputFile);
+    ::close(pipe[0]);
     qInfo("read by nobody");
-    print({QStringLiteral("alive")});
 }
 
 // Migrates once more when no file may grow beyond 100 bytes.
@@ -214,7 +208,6 @@ const std::map<QByteArray, void (*)()> actions = {
     {"look-up", lookOptionUp},
     {"flags", printFlags},
     {"paths", printPaths},
-    {"change-directory", changeDirectory},
     {"versions", printVersions},
     {"settings", printSettings},
     {"log", logAll},
@@ -225,7 +218,7 @@ const std::map<QByteArray, void (*)()> actions = {
     {"console-event", raiseConsoleEvent},
 #ifndef Q_OS_WIN
     {"terminate", [] { std::raise(SIGTERM); }},
-    {"fifo", readFifo},
+    {"broken-pipe", breakPipe},
     {"full", fillDisk},
 #endif
 };
