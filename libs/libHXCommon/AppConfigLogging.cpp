@@ -155,7 +155,7 @@ bool registerCategory(QLoggingCategory *category)
 // Runs under a lock of Qt's category registry: it must neither log nor touch a category for the first time.
 void filterCategory(QLoggingCategory *category)
 {
-    static bool isForwarding = false;
+    static thread_local bool isForwarding = false;
     if (isForwarding) {
         firstFilter(category);
         return;
