@@ -196,7 +196,7 @@ private Q_SLOTS:
 private:
     bool canStart() const;
     void start(const QString &program, const QStringList &arguments);
-    void stop();
+    bool stop();
     void report(int status);
 
     QProcess *m_process; // null once the job has reported
