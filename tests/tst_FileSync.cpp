@@ -281,6 +281,21 @@ private Q_SLOTS:
         QVERIFY(QFile::exists(text("kept/file")));
     }
 
+    // A link takes the place of a directory while its first subdirectory is entered.
+    void removesOnlyTheTree()
+    {
+        SKIP_IF_IMPOSSIBLE(">");
+        makeEntries("top/ top/d/ top/d/e/ top/d/e/file kept/ kept/e/ kept/e/file");
+        const auto previous = qInstallMessageHandler([](auto, const auto &, const QString &message) {
+            if (message.contains(text("/e\"")))
+                QVERIFY(QDir().rename(text("top/d"), text("d"))
+                        && QFile::link(text("../kept"), text("top/d")));
+        });
+        const bool failed = FileSync::removeDirectory(QDir(text("top")));
+        qInstallMessageHandler(previous);
+        QVERIFY(failed && QFile::exists(text("kept/e/file")) && !QFile::exists(text("d/e")));
+    }
+
     void endsChildren_data() { addCases(endCases); }
     void endsChildren()
     {

@@ -28,6 +28,11 @@ const struct {
     {"limit", "--command " SYNC_STAND_IN_PATH " --arguments hang=m-1 --limit 1", 124,
      "Stopped at the limit\n"},
     {"signal", ON_POSIX R"("-c """kill $PPID; exec sleep 600"""")", 143, ""}, // 128 + SIGTERM
+    {"source and target through two mounts", // where they are allowed
+     ON_POSIX
+     R"("-c """mkdir -p d e; echo kept >d/f; exec unshare -rm sh -c 'mount --bind d e && )" OLVEX_SYNC_PATH
+     R"( --from d/f --to e/f; cat d/f; exit 255'"""")",
+     255, "kept"},
     {"full disk", // near the end of the file
      ON_POSIX R"("-c """trap '' XFSZ; f=)" OLVEX_SYNC_PATH
               R"(; ulimit -f $((($(wc -c <$f) - 1) / 512)); $f --from $f --to copy"""")",

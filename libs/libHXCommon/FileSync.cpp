@@ -2,6 +2,7 @@
 
 #include "AppConfig.h"
 #include "FileSync_p.h"
+#include "platform/Platform.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -31,7 +32,7 @@ bool looksLikeOption(const QString &word)
 // The target is never opened: QFile copies to a temporary file beside it and renames that.
 bool replaceByCopy(const QString &source, const QString &target)
 {
-    if (QFileInfo(source) == QFileInfo(target))
+    if (platform::isSameEntry(source, target))
         return false;
     // Deliberate: the old target goes first, also when the copy then fails.
     QFile::remove(target);
@@ -308,20 +309,5 @@ bool FileSync::stop()
 // Deliberate: the result tells of failure, and that of a directory entry replaces what was noted before it.
 bool FileSync::removeDirectory(QDir dir)
 {
-    if (!dir.exists())
-        return false;
-    qCInfo(category) << "Dir:" << dir.path();
-    if (QFileInfo(dir.absolutePath()).isSymLink())
-        return !QFile::remove(dir.absolutePath());
-
-    bool failed = false;
-    const QFileInfoList entries =
-        dir.entryInfoList(QDir::Dirs | QDir::Files | QDir::NoDotAndDotDot, QDir::NoSort);
-    for (const QFileInfo &entry : entries) {
-        if (entry.isDir())
-            failed = removeDirectory(QDir(entry.absoluteFilePath()));
-        else if (!dir.remove(entry.fileName()))
-            failed = true;
-    }
-    return !dir.rmdir(dir.absolutePath()) || failed;
+    return platform::removeDirectory(dir, [](const QString &path) { qCInfo(category) << "Dir:" << path; });
 }
