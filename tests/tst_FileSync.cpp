@@ -8,7 +8,6 @@
 #include "Cases.h"
 #include "LogCapture.h"
 
-#include <csignal>
 #include <cstring>
 #include <functional>
 
@@ -20,22 +19,11 @@ constexpr bool isWindows = QOperatingSystemVersion::currentType() == QOperatingS
 
 #define HOSTILE "a  b'c\"d\\;touch marker;$(touch marker)`touch marker`&|$PATH*ü€\n%1%2"
 
-const struct {
-    const char *name, *user, *host, *command;
-    const char *arguments; // separated by tabulators
-} nameCases[] = {
-    {"hostile", HOSTILE, HOSTILE, HOSTILE, HOSTILE "\t" HOSTILE},
-    {"dashes", "u", "-oProxyCommand=x", "c", "-oX"},
-    {"no arguments", "u", "h", "c", ""},
-    {"here", "u", "", SYNC_STAND_IN_PATH, HOSTILE "\t\t-x"},
-};
-
 constexpr int none = -2; // in place of a report
-constexpr int killed = 9;
 const char noStart[] = "Failed( QProcess::FailedToStart ) ";
 
 const struct {
-    const char *name; // the argument: the steps of the child
+    const char *name; // the arguments, separated by tabulators: the steps of the child
     int status;
     const char *logged, *command = SYNC_STAND_IN_PATH, *directory = "", *host = "", *user = "u";
 } reportCases[] = {
@@ -53,6 +41,9 @@ const struct {
     {"no directory", -1, noStart, SYNC_STAND_IN_PATH, "/missing"},
     {"command is an option", -1, "Refused", "-oProxyCommand=x", "", "h"},
     {"user is an option", -1, "Refused", "c", "", "h", "-oProxyCommand=x"},
+    {HOSTILE "\t" HOSTILE, 0, "exitCode: 0", HOSTILE, ".", HOSTILE, HOSTILE},
+    {"-oX", 0, "exitCode: 0", "c", "", "-oProxyCommand=x"},
+    {HOSTILE "\t\t-x", 0, "exitCode: 0", SYNC_STAND_IN_PATH, "."},
 };
 
 // Where there is a command, ssh plays it. The entries are added to two files, source and target, of which one
@@ -90,11 +81,11 @@ const struct {
     const char *newHost; // null: an error instead
     int report, signal;
 } endCases[] = {
-    {"another host", "out=ready|hang=m-1", "-$(reboot) %1\\1", 0, SIGTERM},
-    {"another host, deaf child", "deaf|out=ready|hang=m-1", "m-2", 0, killed},
-    {"same host", "out=ready|hang=m-1", "m-1", none, killed},
-    {"empty host", "deaf|out=ready|hang=m-1", "", none, killed},
-    {"error", "out=ready|hang=m-1", nullptr, -1, SIGTERM},
+    {"another host", "out=ready|hang=m-1", "-$(reboot) %1\\1", 0, 15},
+    {"another host, deaf child", "deaf|out=ready|hang=m-1", "m-2", 0, 9},
+    {"same host", "out=ready|hang=m-1", "m-1", none, 9},
+    {"empty host", "deaf|out=ready|hang=m-1", "", none, 9},
+    {"error", "out=ready|hang=m-1", nullptr, -1, 15},
 };
 
 QString text(const char *utf8)
@@ -132,11 +123,6 @@ void makeEntries(const char *entries)
     }
 }
 
-QProcess *processOf(const FileSync &job)
-{
-    return job.findChild<QProcess *>();
-}
-
 // Runs one job until it has deleted itself, and returns all that it has reported.
 Reports runJob(const std::function<void(FileSync &)> &start)
 {
@@ -148,12 +134,6 @@ Reports runJob(const std::function<void(FileSync &)> &start)
     if (gone.isEmpty() && !gone.wait(20000))
         delete job;
     return reports;
-}
-
-Reports runJob(const QString &command, const QStringList &arguments, const QString &host = QString(),
-               const QString &directory = QString())
-{
-    return runJob([&](FileSync &job) { job.executeCommand(command, arguments, host, directory); });
 }
 
 } // namespace
@@ -178,57 +158,24 @@ private Q_SLOTS:
         FileSync::setRemoteUser(text("u"));
     }
 
-    void passesNames_data() { addCases(nameCases); }
-    void passesNames()
-    {
-        const auto &names = currentCase(nameCases);
-        const QStringList arguments =
-            *names.arguments ? text(names.arguments).split(QLatin1Char('\t')) : QStringList();
-        FileSync::setRemoteUser(text(names.user));
-        QCOMPARE(runJob(text(names.command), arguments, text(names.host), QDir::currentPath()), Reports{0});
-
-        const QString options = text("-o IPQos=0x00 -o ServerAliveInterval=5 -o StrictHostKeyChecking=no -i");
-        const QStringList remote = options.split(QLatin1Char(' '))
-            + QStringList{m_directory.filePath(text("certificates/")) + text(names.user) + text("_rsa"),
-                          text(names.user) + text("@") + text(names.host), text(names.command),
-                          arguments.join(QLatin1Char(' '))};
-        QCOMPARE(readFile(text("record")), (*names.host ? remote : arguments).join(QChar(0)).toUtf8() + '\0');
-        QVERIFY(!QFile::exists(text("marker")));
-    }
-
     void reports_data() { addCases(reportCases); }
     void reports()
     {
         const auto &expected = currentCase(reportCases);
         const LogCapture capture;
         QStringList progress;
-        FileSync::setRemoteUser(text(expected.user));
+        const QStringList arguments = text(expected.name).split(QLatin1Char('\t'));
+        const QString user = text(expected.user), host = text(expected.host),
+                      command = text(expected.command);
+        FileSync::setRemoteUser(user);
         const Reports reports = runJob([&](FileSync &job) {
             connect(&job, &FileSync::transferProgress,
                     [&progress](int digit) { progress << text("Progress: %1").arg(digit); });
             if (text(expected.name).startsWith(text("out="))) // other output is not read
-                connect(processOf(job), SIGNAL(readyReadStandardOutput()), &job, SLOT(onFileSyncReadyRead()));
-            // An event loop in the receiver must not delete the job under its own signal, but the receiver
-            // may.
-            connect(&job, &FileSync::completed, &job, [&job] {
-                QTest::qWait(1);
-                delete &job;
-            });
-            job.executeCommand(text(expected.command), {text(expected.name)}, text(expected.host),
-                               text(expected.directory));
-        });
-        QCOMPARE(reports, Reports{expected.status});
-        QVERIFY(capture.contains(text(expected.logged)) && !capture.contains(text("Unknown error")));
-        QCOMPARE(progress, QStringList{text(expected.logged)}.filter(text("Progress: ")));
-        QCOMPARE(QFile::exists(text("record")), expected.status != -1);
-    }
-
-    // Whatever still reaches a job while it reports.
-    void reportsOnce()
-    {
-        const Reports reports = runJob([this](FileSync &job) {
-            connect(&job, &FileSync::completed, this, [&job, this] {
-                QVERIFY(QFile::remove(text("record")));
+                connect(job.findChild<QProcess *>(), SIGNAL(readyReadStandardOutput()), &job,
+                        SLOT(onFileSyncReadyRead()));
+            // Whatever still reaches a job while it reports; then it is deleted.
+            connect(&job, &FileSync::completed, &job, [&job, this] {
                 QMetaObject::invokeMethod(&job, "onError", Q_ARG(QProcess::ProcessError, QProcess::Crashed));
                 QMetaObject::invokeMethod(&job, "onFinished", Q_ARG(int, 1),
                                           Q_ARG(QProcess::ExitStatus, QProcess::NormalExit));
@@ -236,12 +183,23 @@ private Q_SLOTS:
                 QMetaObject::invokeMethod(&job, "onCopyComplete");
                 job.onHostChanged(text("other"));
                 job.executeCommand(m_program, {}, QString(), QString());
-                job.syncFile(text("c"), m_program, text("copy"), text("h"), false);
+                QTest::qWait(1);
+                delete &job;
             });
-            job.executeCommand(m_program, {text("exit=3")}, QString(), QString());
+            job.executeCommand(command, arguments, host, text(expected.directory));
         });
-        QCOMPARE(reports, Reports{3});
-        QVERIFY(!QFile::exists(text("record")));
+        QCOMPARE(reports, Reports{expected.status});
+        QVERIFY(capture.contains(text(expected.logged)) && !capture.contains(text("Unknown error")));
+        QVERIFY(capture.contains(text("only once")));
+        QCOMPARE(progress, QStringList{text(expected.logged)}.filter(text("Progress: ")));
+
+        QStringList remote = text("-o IPQos=0x00 -o ServerAliveInterval=5 -o StrictHostKeyChecking=no -i")
+                                 .split(QLatin1Char(' '));
+        remote << m_directory.filePath(text("certificates/")) + user + text("_rsa") << user + text("@") + host
+               << command << arguments.join(QLatin1Char(' '));
+        const QByteArray record = (host.isEmpty() ? arguments : remote).join(QChar(0)).toUtf8() + '\0';
+        QCOMPARE(readFile(text("record")), expected.status == -1 ? QByteArray() : record);
+        QVERIFY(!QFile::exists(text("marker")));
     }
 
     void copies_data() { addCases(copyCases); }
@@ -255,8 +213,8 @@ private Q_SLOTS:
         const Reports reports = runJob([&copy](FileSync &job) {
             job.syncFile(text("c"), text("source"), text("copy"), QString(), true); // does nothing
             job.onHostChanged(text("early")); // nor do these, for want of a running command
-            connect(processOf(job), qOverload<int, QProcess::ExitStatus>(&QProcess::finished), &job,
-                    [&job] { job.onHostChanged(text("late")); });
+            connect(job.findChild<QProcess *>(), qOverload<int, QProcess::ExitStatus>(&QProcess::finished),
+                    &job, [&job] { job.onHostChanged(text("late")); });
             if (*copy.command)
                 job.syncFile(text(copy.command), text(copy.source), text(copy.target), text("h"), true);
             else
@@ -305,7 +263,7 @@ private Q_SLOTS:
         QVector<int> ended; // the signals, 0 in the end
         const LogCapture capture;
         const Reports reports = runJob([&](FileSync &job) {
-            QProcess *const process = processOf(job);
+            QProcess *const process = job.findChild<QProcess *>();
             connect(process, qOverload<int, QProcess::ExitStatus>(&QProcess::finished), process,
                     [&ended](int status) { ended << status; });
             connect(process, &QProcess::errorOccurred, &job, [&job] { job.onHostChanged(text("m-3")); });
