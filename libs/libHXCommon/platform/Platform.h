@@ -4,7 +4,9 @@
 #include <cstddef>
 #include <cstdio>
 
+class QDir;
 class QFile;
+class QString;
 
 /// What differs between operating systems; private to the library. One source file per system.
 namespace platform {
@@ -78,6 +80,19 @@ int readSignal(int descriptor);
  */
 int lockDirectory(const char *path, int milliseconds);
 void unlockDirectory(int descriptor);
+
+/// Whether two paths lead to one entry of one directory, so that removing the one removes the other, too.
+/// Other hard links to the same file do not count.
+bool isSameEntry(const QString &path, const QString &other);
+
+/**
+ * Removes a directory tree as FileSync::removeDirectory() documents it, and calls @p enter with the path of
+ * each directory before that.
+ *
+ * POSIX: who swaps a directory of the tree for a symbolic link meanwhile does not lead it out of the tree.
+ * @return whether it @e failed
+ */
+bool removeDirectory(const QDir &dir, void (*enter)(const QString &path));
 
 } // namespace platform
 
