@@ -84,11 +84,13 @@ int readSignal(int)
     return -1;
 }
 
-int lockDirectory(const char *, int)
+int lockFile(const char *, int *)
 {
-    return -1;
+    return 0;
 }
 
-void unlockDirectory(int) { }
+void unlockFile(int) { }
+
+void removeOrphanedSemaphore(const char *) { }
 
 } // namespace platform
