@@ -13,6 +13,8 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/ipc.h>
+#include <sys/sem.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -215,17 +217,33 @@ int readSignal(int descriptor)
     return count == 1 ? byte : -1;
 }
 
-int lockDirectory(const char *path, int milliseconds)
+int lockFile(const char *path, int *milliseconds)
 {
-    const int descriptor = ::open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    while (::flock(descriptor, LOCK_EX | LOCK_NB) == -1 && errno == EWOULDBLOCK && --milliseconds > 0)
+    // Without O_CREAT first: another user's file is opened, but not made, in a shared directory.
+    int descriptor = ::open(path, O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
+    if (descriptor == -1)
+        descriptor = ::open(path, O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_CREAT, 0644);
+    while (::flock(descriptor, LOCK_EX | LOCK_NB) == -1) {
+        if (errno != EWOULDBLOCK || *milliseconds <= 0) {
+            ::close(descriptor);
+            return -1;
+        }
+        --*milliseconds;
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
     return descriptor;
 }
 
-void unlockDirectory(int descriptor)
+void unlockFile(int lock)
 {
-    ::close(descriptor);
+    ::close(lock);
+}
+
+void removeOrphanedSemaphore(const char *keyFile)
+{
+    const int semaphore = ::semget(::ftok(keyFile, 'Q'), 1, 0);
+    if (::semctl(semaphore, 0, GETVAL) == 0 && ::semctl(semaphore, 0, GETPID) == 0)
+        ::semctl(semaphore, 0, IPC_RMID);
 }
 
 bool isSameEntry(const QString &path, const QString &other)

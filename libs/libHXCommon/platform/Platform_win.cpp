@@ -87,12 +87,14 @@ int readSignal(int)
     return -1;
 }
 
-int lockDirectory(const char *, int)
+int lockFile(const char *, int *)
 {
-    return -1;
+    return 0;
 }
 
-void unlockDirectory(int) { }
+void unlockFile(int) { }
+
+void removeOrphanedSemaphore(const char *) { }
 
 bool isSameEntry(const QString &path, const QString &other)
 {
