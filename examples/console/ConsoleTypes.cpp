@@ -1,43 +1,15 @@
 #include "ConsoleTypes.h"
 
-#include <AdvancedAirwayTypes.h>
 #include <AgeGroups.h>
-#include <AirwayBlockageTypes.h>
-#include <BLSService.h>
-#include <Battery.h>
-#include <BreathingPatternTypes.h>
-#include <CapillaryRefillTypes.h>
-#include <ChestRiseTypes.h>
 #include <ConnectivityChecker.h>
 #include <CyanosisCalculator.h>
 #include <ECGLibrary.h>
-#include <EnlargedLiverTypes.h>
-#include <Eyes.h>
-#include <FontanelleTypes.h>
-#include <HeadLimpTypes.h>
-#include <HeadSeizureTypes.h>
-#include <HeadTiltStateTypes.h>
-#include <LaryngospasmTypes.h>
-#include <LungComplianceTypes.h>
-#include <MovementTypes.h>
+#include <HXCommonVocabulary.h>
 #include <OXUrls.h>
 #include <PausingTimer.h>
-#include <PharyngealObstructionTypes.h>
 #include <Product.h>
-#include <TracheostomaTypes.h>
 
 #include <QMetaEnum>
-
-// clang-format off
-const QMetaObject *const vocabulary[] = {
-    &AdvancedAirwayTypes::staticMetaObject, &AirwayBlockageTypes::staticMetaObject, &Battery::staticMetaObject,
-    &BLSService::staticMetaObject, &BreathingPatternTypes::staticMetaObject, &CapillaryRefillTypes::staticMetaObject,
-    &ChestRiseTypes::staticMetaObject, &EnlargedLiverTypes::staticMetaObject, &Eyes::staticMetaObject,
-    &FontanelleTypes::staticMetaObject, &HeadLimpTypes::staticMetaObject, &HeadSeizureTypes::staticMetaObject,
-    &HeadTiltStateTypes::staticMetaObject, &LaryngospasmTypes::staticMetaObject, &LungComplianceTypes::staticMetaObject,
-    &MovementTypes::staticMetaObject, &PharyngealObstructionTypes::staticMetaObject, &TracheostomaTypes::staticMetaObject,
-};
-// clang-format on
 
 // What the library offers to C++ only: static functions, tables, and the names of the enumerations.
 class Library : public QObject {

@@ -14,14 +14,14 @@
 namespace LungComplianceTypes {
 Q_NAMESPACE_EXPORT(HXCOMMON_EXPORT)
 
-// Deliberate: not in numeric order; scripts list the keys in this one.
-/// Compliance in percent of normal.
+// Deliberate: not in numeric order. Scripts that list the keys see them as they are declared.
+/// Compliance in percent.
 enum lungCompliance_t : int {
-    Zero = 0, ///< None.
+    Zero = 0, ///< 0 %.
     SixtySeven = 67, ///< 67 %.
     Fifty = 50, ///< 50 %.
     ThirtyThree = 33, ///< 33 %.
-    Hundred = 100, ///< Normal.
+    Hundred = 100, ///< 100 %.
 };
 Q_ENUM_NS(lungCompliance_t)
 } // namespace LungComplianceTypes
