@@ -11,7 +11,6 @@ import json
 import re
 import sys
 from pathlib import Path
-from textwrap import dedent
 
 PAGES = sorted(Path(".").glob("*.md")) + sorted(Path("docs").glob("*.md"))
 HEADERS = sorted(Path("libs/libHXCommon").rglob("*.h"))
@@ -28,7 +27,7 @@ def samples():
             for found in pattern.finditer(page):
                 origin, language, text = found.groups()
                 if paths is HEADERS:
-                    text = dedent(re.sub(r"^ *\* ?", "", text, flags=re.MULTILINE)) if text else text
+                    text = re.sub(r"^ *\* ?", "", text, flags=re.MULTILINE)
                 yield path, page.count("\n", 0, found.start(3)) + 1, origin, language or "cpp", text
 
 
@@ -58,7 +57,6 @@ def main(directory):
     for old in directory.glob("*.*"):
         old.unlink()
     faults = []
-    count = 0
     for count, (path, line, origin, language, text) in enumerate(samples(), 1):
         if origin:
             if not is_piece(text, origin):
@@ -69,12 +67,15 @@ def main(directory):
         elif language == "qml":
             (directory / f"Sample{count}.qml").write_text(text)
         elif language == "json":
-            json.loads(text)
+            try:
+                json.loads(text)
+            except ValueError as error:
+                faults.append(f"{path}:{line}: {error}")
         elif language != "dot":
             faults.append(f"{path}:{line}: no file is named for this {language} sample")
     print(f"{count} samples")
     print("\n".join(faults), end="\n" if faults else "", file=sys.stderr)
-    return bool(faults) or not count
+    return bool(faults)
 
 
 sys.exit(main(Path(sys.argv[1])))
