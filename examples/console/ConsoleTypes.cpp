@@ -1,12 +1,10 @@
 #include "ConsoleTypes.h"
 
 #include <AgeGroups.h>
-#include <ConnectivityChecker.h>
 #include <CyanosisCalculator.h>
 #include <ECGLibrary.h>
+#include <HXCommonQml.h>
 #include <HXCommonVocabulary.h>
-#include <OXUrls.h>
-#include <PausingTimer.h>
 #include <Product.h>
 
 #include <QMetaEnum>
@@ -53,35 +51,9 @@ public:
     }
 };
 
-namespace {
-
-// An object of the library, which keeps it.
-template <typename Shared> void registerShared(const char *name, Shared *object)
-{
-    QQmlEngine::setObjectOwnership(object, QQmlEngine::CppOwnership);
-    qmlRegisterSingletonType<Shared>("HXCommon", 8, 0, name,
-                                     [object](QQmlEngine *, QJSEngine *) { return object; });
-}
-
-void registerEnumerations(const QMetaObject &type, const char *name)
-{
-    qmlRegisterUncreatableMetaObject(type, "HXCommon", 8, 0, name, text("It holds enumerations only."));
-}
-
-} // namespace
-
 void registerConsoleTypes()
 {
-    for (const QMetaObject *const type : vocabulary)
-        registerEnumerations(*type, type->className());
-    registerEnumerations(RC_GUI::staticMetaObject, "RC_GUI");
-    registerEnumerations(RC_GUI::ExtraSystole::staticMetaObject, "ExtraSystole");
-    registerShared("ECGLibraries", &ECGLibraries::Instance());
-    registerShared("OXUrls", OXUrls::instance());
-    qmlRegisterUncreatableType<ECGConfig>("HXCommon", 8, 0, "ECGConfig", text("It belongs to its library."));
-    qmlRegisterType<ConnectivityChecker>("HXCommon", 8, 0, "ConnectivityChecker");
-    qmlRegisterType<PausingTimer>("HXCommon", 8, 0, "PausingTimer");
-
+    registerHXCommonTypes("HXCommon");
     // Lower limits in years; an application takes them from its configuration.
     AgeGroups::setAgeGroupLimits(
         {{text("baby"), 0}, {text("infant"), 1}, {text("child"), 3}, {text("adult"), 12}});

@@ -8,8 +8,7 @@
 /**
  * Blockage of the left and the right airway.
  *
- * Scripts write `AirwayBlockageTypes.NoBlockage` once the application has registered the meta-object with
- * qmlRegisterUncreatableMetaObject().
+ * Scripts write `AirwayBlockageTypes.NoBlockage` once the application has called registerHXCommonTypes().
  */
 namespace AirwayBlockageTypes {
 Q_NAMESPACE_EXPORT(HXCOMMON_EXPORT)

@@ -8,8 +8,7 @@
 /**
  * State of a manikin's batteries.
  *
- * Scripts write `Battery.BatteryLevelLow` once the application has registered the meta-object with
- * qmlRegisterUncreatableMetaObject().
+ * Scripts write `Battery.BatteryLevelLow` once the application has called registerHXCommonTypes().
  */
 namespace Battery {
 Q_NAMESPACE_EXPORT(HXCOMMON_EXPORT)

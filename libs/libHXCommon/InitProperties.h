@@ -19,10 +19,12 @@ class QSettings;
  * @code
  * class Monitor : public QObject {
  *     Q_OBJECT
- *     Q_PROPERTY(int volume READ volume WRITE setVolume NOTIFY volumeChanged)
- *     ...
+ *     Q_PROPERTY(int volume MEMBER m_volume)
+ *     int m_volume = 5;
  * };
+ * @endcode
  *
+ * @code
  * InitProperties::write(&monitor, path, QStringLiteral("Monitor"));
  * InitProperties::read(&monitor, path, QStringLiteral("Monitor"));
  * @endcode

@@ -8,8 +8,7 @@
 /**
  * Compliance of a lung.
  *
- * Scripts write `LungComplianceTypes.Zero` once the application has registered the meta-object with
- * qmlRegisterUncreatableMetaObject().
+ * Scripts write `LungComplianceTypes.Zero` once the application has called registerHXCommonTypes().
  */
 namespace LungComplianceTypes {
 Q_NAMESPACE_EXPORT(HXCOMMON_EXPORT)

@@ -20,8 +20,7 @@
 /**
  * Identification of devices: what they report over USB and Bluetooth, and which product a manikin is.
  *
- * Scripts write `Product.PRODUCT_UNKNOWN` once the application has registered the meta-object with
- * qmlRegisterUncreatableMetaObject().
+ * Scripts write `Product.PRODUCT_UNKNOWN` once the application has called registerHXCommonTypes().
  *
  * @code
  * using namespace BM_HXCommon;
@@ -101,6 +100,7 @@ extern HXCOMMON_EXPORT const QMap<int, int> ManikinProductTypeMap;
 
 /**
  * The display name of a manikin type, in English.
+ * @ingroup states
  *
  * @return "Model 21" and the like; "Not connected to simulator" for 255; "Unknown Manikin" for a number
  * without a name. The text lives as long as the library and is never null.
