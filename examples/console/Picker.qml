@@ -13,5 +13,7 @@ ComboBox {
         border { color: Theme.focus; width: picker.visualFocus ? 2 : 0 }
     }
     Accessible.description: hint
+    Component.onCompleted: popup.contentItem.ScrollBar.vertical = bar.createObject(popup.contentItem)
+    Component { id: bar; Bar { } }
     Hint { id: tip }
 }
