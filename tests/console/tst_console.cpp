@@ -5,8 +5,10 @@
 #include <AppConfig.h>
 #include <RunGuard.h>
 
+#include <QAccessible>
 #include <QQmlContext>
 #include <QQuickStyle>
+#include <QQuickWindow>
 #include <QtQuickTest>
 
 #include <utility>
@@ -22,6 +24,17 @@ static void handleMessage(QtMsgType type, const QMessageLogContext &context, con
     libraryHandler(type, context, message);
 }
 
+// What can have the focus, but has no name for assistive technology.
+static QStringList unnamedIn(QAccessibleInterface *item)
+{
+    QStringList found;
+    if (item->state().focusable && item->text(QAccessible::Name).isEmpty())
+        found << item->object()->objectName() + text(item->object()->metaObject()->className());
+    for (int i = 0; i < item->childCount() && !item->state().invisible; ++i)
+        found += unnamedIn(item->child(i));
+    return found;
+}
+
 class Setup : public QObject {
     Q_OBJECT
 
@@ -35,6 +48,11 @@ public:
     /// The warnings since the last call that are none of the library's own.
     Q_INVOKABLE QStringList takeWarnings() const { return std::exchange(warnings, QStringList()); }
 
+    Q_INVOKABLE QStringList unnamed(QQuickWindow *window) const
+    {
+        return unnamedIn(QAccessible::queryAccessibleInterface(window));
+    }
+
 public Q_SLOTS:
     void applicationAvailable()
     {
@@ -46,6 +64,7 @@ public Q_SLOTS:
         libraryHandler = qInstallMessageHandler(&handleMessage);
         (new RunGuard(text(guardName), this))->tryToRun();
         registerConsoleTypes();
+        QAccessible::setActive(true);
         QQuickStyle::setStyle(text("Default"));
     }
 
