@@ -60,10 +60,14 @@ public:
         connect(&m_server, &QTcpServer::newConnection, this, &Services::accept);
         connect(NetworkManager::instance()->accessManager(), &QNetworkAccessManager::finished, this,
                 [this](const QNetworkReply *reply) { m_errors.insert(reply->url(), words(*reply)); });
-        QJsonObject environments = readEnvironments(AppConfig::confPath(text("OlvexUrls.json")), m_problems);
+        QVector<Problem> problems;
+        ServiceTable table(problems);
+        for (const Problem &problem : qAsConst(problems))
+            m_problems << problem.text;
+        QJsonObject &environments = table.environments;
         serveEnvironment(environments);
         m_environments = environments.keys();
-        m_names = targets(environments);
+        m_names = table.targets();
         for (const QString &name : qAsConst(m_names))
             m_regions << OXUrls::instance()->urlInfo(name).value(text("regions")).toMap().keys();
         m_regions.sort();
