@@ -143,6 +143,7 @@ TestCase {
         for (const [button, text, reason] of [["Fails", "Failed", "HTTP 503 Service Unavailable"], ["Answers", "Success", "after "],
                                               ["Stays silent", "Failed", "no answer in time"], ["Answers", "Success", "after "]]) {
             click(button);
+            button === "Stays silent" && tryVerify(() => detail.text.startsWith("Checking since"));
             tryVerify(() => status.text === text && detail.text.includes(reason), 10000);
         }
         click("us");
