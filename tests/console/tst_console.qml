@@ -163,6 +163,7 @@ TestCase {
         click("System");
         const log = find("log"), isLogged = () => log.model.some(row => row[0].includes("sent message"));
         verify(!isLogged());
+        tryVerify(() => find("Olvex.Console.Link"));
         click("Olvex.Console.Link", "level0");
         tryVerify(isLogged);
         click("pause");
@@ -174,7 +175,7 @@ TestCase {
         window.width = 1100;
         click("store");
         const facts = find("facts").model.map(row => row.join(" "));
-        verify(facts.includes("Window/page 4 4") && facts.includes("Window/width 1100 1100") && facts.includes("System/Environment - loopback"));
+        verify(facts.includes("Window/page 4 4") && facts.includes("Window/width 1100 1100 px") && facts.includes("System/Environment - loopback"));
         verify(find("directories").model.some(row => row[0] === "configuration" && row[1].text === "writable"));
     }
     function contrast(one, other) {
