@@ -11,8 +11,8 @@ GridLayout {
     function look() {
         report = JSON.parse(System.report());
         categories = System.categories();
-        settings = [["System/Environment", OXUrls.environment], ["System/Region", OXUrls.region], ["Window/width", System.width],
-                    ["Window/height", System.height], ["Window/page", System.page], ["Window/dark", System.dark]]
+        settings = [["System/Environment", OXUrls.environment], ["System/Region", OXUrls.region], ["Window/width", System.width + " px"],
+                    ["Window/height", System.height + " px"], ["Window/page", System.page], ["Window/dark", System.dark]]
             .map(([key, value]) => [key, System.setting(key), value === "" ? qsTr("none") : String(value)]);
     }
     function mark(row) { // red where something is missing that the application needs
@@ -32,8 +32,8 @@ GridLayout {
     Quarter {
         title: qsTr("Settings and versions")
         Rows {
-            objectName: "facts"; name: qsTr("Settings and versions"); heads: [qsTr("Setting"), qsTr("Stored"), qsTr("In force")]; widths: [140, 100]
-            model: page.settings.concat(Object.entries(page.report.identity || {}).map(([item, value]) => [item, "", value === null ? "" : String(value)]))
+            objectName: "facts"; name: qsTr("Settings and versions"); heads: [qsTr("Setting"), qsTr("Stored"), qsTr("In force")]; widths: [140, 60]
+            model: page.settings.concat(Object.entries(page.report.identity || {}).map(([item, value]) => [item.replace(/_/g, " "), "", value === null ? "" : String(value)]))
         }
         RowLayout {
             PushButton { objectName: "store"; text: qsTr("Store window now"); hint: qsTr("Stores size, page and colours of the window in the settings file; closing does so, too"); onClicked: { System.storeWindow(); page.look(); } }

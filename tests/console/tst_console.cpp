@@ -50,6 +50,7 @@ public:
 
     Q_INVOKABLE QStringList unnamed(QQuickWindow *window) const
     {
+        QAccessible::setActive(true); // the controls that there are tell of themselves
         return unnamedIn(QAccessible::queryAccessibleInterface(window));
     }
 
@@ -64,7 +65,6 @@ public Q_SLOTS:
         libraryHandler = qInstallMessageHandler(&handleMessage);
         (new RunGuard(text(guardName), this))->tryToRun();
         registerConsoleTypes();
-        QAccessible::setActive(true);
         QQuickStyle::setStyle(text("Default"));
     }
 
