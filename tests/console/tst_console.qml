@@ -206,8 +206,6 @@ TestCase {
         wait(50);
         compare([System.page, Theme.dark, System.width, System.height], [row.index, row.dark, row.width, row.height]);
         for (const text of visibleItems(window.contentItem, item => item.text && item.color && item.enabled && !(item instanceof Control))) {
-            if (isPolishScheduled(text.parent)) // a line of the log has just come
-                waitForItemPolished(text.parent);
             verify(contrast(text.color, ground(text)) >= 4.5, text.text);
             verify(!text.truncated && text.mapToItem(null, text.width, 0).x <= row.width - Theme.gap, text.text);
             if (text.selectedTextColor)
