@@ -8,7 +8,7 @@ namespace {
 Q_LOGGING_CATEGORY(category, "Olvex.OXAgeGroups")
 }
 
-std::map<double, QString, std::greater<double>>
+[[gnu::init_priority(101)]] std::map<double, QString, std::greater<double>>
     AgeGroups::m_sortedAgeGroups; // clazy:exclude=non-pod-global-static
 
 void AgeGroups::setAgeGroupLimits(const QHash<QString, QVariant> &ageLimits)

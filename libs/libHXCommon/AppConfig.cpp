@@ -32,9 +32,6 @@ AppConfig::AppConfig()
     // Also makes the category before this object, so that it outlives it.
     qCDebug(appConfigCategory);
 
-    for (QDir &directory : m_directories)
-        directory.setPath(QString()); // a default-constructed one is "."
-
     qRegisterMetaType<OXVersion>();
     QMetaType::registerConverter(&OXVersion::toString);
     QMetaType::registerConverter(&OXVersion::isValid);

@@ -404,23 +404,12 @@ public Q_SLOTS:
     void signalReceived(int signal);
 
 private:
-    // Ends with the number of directories.
-    enum Directory {
-        Tmp,
-        Log,
-        Conf,
-        Share,
-        FactoryData,
-        Var,
-        VarEtc,
-        PersistentStorage,
-        VarLog,
-        Bin,
-        Dravik,
-        Plugins,
-        Qml,
-        DirectoryCount
+    // Not set yet, while a QDir starts as the working directory.
+    struct Directory : QDir {
+        Directory() { setPath(QString()); }
     };
+    struct DirectoryRow;
+    static const DirectoryRow directoryRows[];
 
     AppConfig();
 
@@ -433,11 +422,23 @@ private:
     void printVersion() const;
     void printHelp() const;
     void installMessageHandler();
-    static QString filePath(Directory directory, const QString &file);
-    static QString createdFilePath(Directory directory, const QString &file);
+    static QString filePath(const QDir &directory, const QString &file);
+    static QString createdFilePath(const QDir &directory, const QString &file);
 
     QList<cmdArg_t *> m_arguments;
-    QDir m_directories[DirectoryCount];
+    Directory m_tmp;
+    Directory m_log;
+    Directory m_conf;
+    Directory m_share;
+    Directory m_factoryData;
+    Directory m_var;
+    Directory m_varEtc;
+    Directory m_persistentStorage;
+    Directory m_varLog;
+    Directory m_bin;
+    Directory m_dravik;
+    Directory m_plugins;
+    Directory m_qml;
     QString m_version;
     QCoreApplication *m_application = nullptr;
     QSharedPointer<QSettings> m_settings;

@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <cstring>
 
-const QList<AppConfig::cmdArg_t> AppConfig::cmdArgs = {
+[[gnu::init_priority(101)]] const QList<AppConfig::cmdArg_t> AppConfig::cmdArgs = {
     {"--disablestamps", 0, "Disables timestamp in print output"},
     {"--disablecrashdump", 0, "Disables crash dump handler"},
     {"--debugLevel", 1, "<level> Sets level of debug output"},

@@ -10,15 +10,25 @@
 
 Q_LOGGING_CATEGORY(appConfigCategory, "Olvex.AppConfig")
 
-QFile AppConfig::logOutputFile;
+[[gnu::init_priority(101)]] QFile AppConfig::logOutputFile;
 QtMessageHandler AppConfig::oldMsgHandler = nullptr;
 bool AppConfig::nullOutput = true;
 bool AppConfig::disableTimestamp = false;
 bool AppConfig::disableCrashHandler = false;
 
+namespace {
+
 // Never destroyed: other objects may log in a new category after this library's statics are gone.
-QHash<const char *, QLoggingCategory *> &AppConfig::loggingCategories =
-    *new QHash<const char *, QLoggingCategory *>;
+union Categories {
+    Categories() : hash() { }
+    ~Categories() { }
+    QHash<const char *, QLoggingCategory *> hash;
+};
+[[gnu::init_priority(101)]] Categories categories;
+
+} // namespace
+
+QHash<const char *, QLoggingCategory *> &AppConfig::loggingCategories = categories.hash;
 
 namespace {
 

@@ -10,132 +10,132 @@ enum class Base {
     User // the per-user base directory
 };
 
-struct DirectoryRow {
-    const char *option;
-    Base base;
-    const char *path;
-};
-
-// In the order of AppConfig::Directory.
-// Deliberate: the factory data is read from "--datapath", which like "--logpath" is no built-in option, while
-// the built-in "--factorydatapath" is read by nobody; and the persistent storage keeps the path of a build
-// machine.
-constexpr DirectoryRow directoryRows[] = {
-    {"--tmppath", Base::System, ""},
-    {"--logpath", Base::User, "./var/Logs"},
-    {"--confpath", Base::WorkingDirectory, "./data/etc"},
-    {"--sharepath", Base::WorkingDirectory, "."},
-    {"--datapath", Base::WorkingDirectory, "./data"},
-    {"--varpath", Base::User, "./var"},
-    {"--varetcpath", Base::User, "./var/etc"},
-    {"--persistentpath", Base::User, "c:/ccnet/builds/olvex-release/installer/data/persistent"},
-    {"--varlogpath", Base::User, "./var/log"},
-    {"--binpath", Base::WorkingDirectory, "."},
-    {"--dravikpath", Base::WorkingDirectory, "./var/dravik"},
-    {"--pluginpath", Base::None, ""},
-    {"--qmlpath", Base::None, ""},
-};
-
 QString userBase()
 {
     return QString::fromUtf8(qgetenv("APPDATA")) + QLatin1String("/Brantel Medical/Olvex/");
 }
 
-QString defaultPath(const DirectoryRow &row)
-{
-    switch (row.base) {
-    case Base::System:
-        return QDir::tempPath();
-    case Base::WorkingDirectory:
-        return QString::fromLatin1(row.path);
-    case Base::User:
-        return userBase() + QLatin1String(row.path);
-    case Base::None:
-        break;
-    }
-    return QString();
-}
-
 } // namespace
+
+struct AppConfig::DirectoryRow {
+    Directory AppConfig::*directory;
+    const char *option;
+    Base base;
+    const char *path;
+
+    QString defaultPath() const
+    {
+        switch (base) {
+        case Base::System:
+            return QDir::tempPath();
+        case Base::WorkingDirectory:
+            return QString::fromLatin1(path);
+        case Base::User:
+            return userBase() + QLatin1String(path);
+        case Base::None:
+            break;
+        }
+        return QString();
+    }
+};
+
+// Deliberate: the factory data is read from "--datapath", which like "--logpath" is no built-in option, while
+// the built-in "--factorydatapath" is read by nobody; and the persistent storage keeps the path of a build
+// machine.
+const AppConfig::DirectoryRow AppConfig::directoryRows[] = {
+    {&AppConfig::m_tmp, "--tmppath", Base::System, ""},
+    {&AppConfig::m_log, "--logpath", Base::User, "./var/Logs"},
+    {&AppConfig::m_conf, "--confpath", Base::WorkingDirectory, "./data/etc"},
+    {&AppConfig::m_share, "--sharepath", Base::WorkingDirectory, "."},
+    {&AppConfig::m_factoryData, "--datapath", Base::WorkingDirectory, "./data"},
+    {&AppConfig::m_var, "--varpath", Base::User, "./var"},
+    {&AppConfig::m_varEtc, "--varetcpath", Base::User, "./var/etc"},
+    {&AppConfig::m_persistentStorage, "--persistentpath", Base::User,
+     "c:/ccnet/builds/olvex-release/installer/data/persistent"},
+    {&AppConfig::m_varLog, "--varlogpath", Base::User, "./var/log"},
+    {&AppConfig::m_bin, "--binpath", Base::WorkingDirectory, "."},
+    {&AppConfig::m_dravik, "--dravikpath", Base::WorkingDirectory, "./var/dravik"},
+    {&AppConfig::m_plugins, "--pluginpath", Base::None, ""},
+    {&AppConfig::m_qml, "--qmlpath", Base::None, ""},
+};
 
 void AppConfig::readDirectoryOptions()
 {
-    static_assert(sizeof directoryRows / sizeof *directoryRows == DirectoryCount, "one row per directory");
-    for (int i = 0; i < DirectoryCount; ++i)
-        m_directories[i].setPath(argumentValue(QString::fromLatin1(directoryRows[i].option), QString()));
+    for (const DirectoryRow &row : directoryRows)
+        (this->*row.directory).setPath(argumentValue(QString::fromLatin1(row.option), QString()));
 }
 
 void AppConfig::setupConfigPaths()
 {
     QDir().mkpath(userBase());
-    for (int i = 0; i < DirectoryCount; ++i) {
-        if (m_directories[i].path().isEmpty())
-            m_directories[i].setPath(defaultPath(directoryRows[i]));
+    for (const DirectoryRow &row : directoryRows) {
+        Directory &directory = this->*row.directory;
+        if (directory.path().isEmpty())
+            directory.setPath(row.defaultPath());
     }
 }
 
-QString AppConfig::filePath(Directory directory, const QString &file)
+QString AppConfig::filePath(const QDir &directory, const QString &file)
 {
-    const QString local = QString::fromLocal8Bit(file.toLocal8Bit().constData()); // ends at the first NUL
-    return instance()->m_directories[directory].absoluteFilePath(local);
+    return directory.absoluteFilePath(
+        QString::fromLocal8Bit(file.toLocal8Bit().constData())); // ends at the first NUL
 }
 
-QString AppConfig::createdFilePath(Directory directory, const QString &file)
+QString AppConfig::createdFilePath(const QDir &directory, const QString &file)
 {
-    const QDir &dir = instance()->m_directories[directory];
-    if (!dir.exists())
-        dir.mkpath(QStringLiteral("."));
+    if (!directory.exists())
+        directory.mkpath(QStringLiteral("."));
     return filePath(directory, file);
 }
 
 QString AppConfig::tmpPath(const QString &file)
 {
-    return filePath(Tmp, file);
+    return filePath(instance()->m_tmp, file);
 }
 
 QString AppConfig::confPath(const QString &file)
 {
-    return filePath(Conf, file);
+    return filePath(instance()->m_conf, file);
 }
 
 QString AppConfig::sharePath(const QString &file)
 {
-    return filePath(Share, file);
+    return filePath(instance()->m_share, file);
 }
 
 QString AppConfig::factoryDataPath(const QString &file)
 {
-    return filePath(FactoryData, file);
+    return filePath(instance()->m_factoryData, file);
 }
 
 QString AppConfig::persistentStoragePath(const QString &file)
 {
-    return filePath(PersistentStorage, file);
+    return filePath(instance()->m_persistentStorage, file);
 }
 
 QString AppConfig::binPath(const QString &file)
 {
-    return filePath(Bin, file);
+    return filePath(instance()->m_bin, file);
 }
 
 QString AppConfig::dravikPath(const QString &file)
 {
-    return filePath(Dravik, file);
+    return filePath(instance()->m_dravik, file);
 }
 
 QString AppConfig::varPath(const QString &file)
 {
-    return createdFilePath(Var, file);
+    return createdFilePath(instance()->m_var, file);
 }
 
 QString AppConfig::varEtcPath(const QString &file)
 {
-    return createdFilePath(VarEtc, file);
+    return createdFilePath(instance()->m_varEtc, file);
 }
 
 QString AppConfig::varLogPath(const QString &file)
 {
-    return createdFilePath(VarLog, file);
+    return createdFilePath(instance()->m_varLog, file);
 }
 
 QString AppConfig::soundsPath(const QString &file)
@@ -145,16 +145,16 @@ QString AppConfig::soundsPath(const QString &file)
 
 QString AppConfig::pluginsPath(const QString &file)
 {
-    const QDir &directory = instance()->m_directories[Plugins];
+    const QDir &directory = instance()->m_plugins;
     return (directory.path().isEmpty() ? QDir(sharePath(QStringLiteral("plugins"))) : directory)
         .filePath(file);
 }
 
 QString AppConfig::qmlLocalPath(const QString &file)
 {
-    const QDir &root = instance()->m_directories[Qml];
+    const QDir &root = instance()->m_qml;
     if (!root.path().isEmpty() && root.exists())
-        return filePath(Qml, file);
+        return filePath(root, file);
     const QString local = qEnvironmentVariable("QML_LOCAL_PATH");
     return local.isEmpty() ? file : QDir(local).filePath(file);
 }

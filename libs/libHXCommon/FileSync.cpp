@@ -13,7 +13,7 @@
 
 int filesync::terminateTimeout = 30000;
 
-QString FileSync::m_RemoteUser;
+[[gnu::init_priority(101)]] QString FileSync::m_RemoteUser;
 
 namespace {
 

@@ -31,8 +31,8 @@ QJsonDocument parse(const QByteArray &json, QJsonParseError *error)
 
 } // namespace
 
-const QString OXUrls::DefaultEnvironment = production();
-const QString OXUrls::DefaultRegion = unitedStates();
+[[gnu::init_priority(101)]] const QString OXUrls::DefaultEnvironment = production();
+[[gnu::init_priority(101)]] const QString OXUrls::DefaultRegion = unitedStates();
 
 OXUrls::OXUrls() : m_environment(production()), m_region(unitedStates())
 {

@@ -65,7 +65,7 @@ QMap<int, int> productsByManikinType()
 
 } // namespace
 
-const QMap<int, int> BM_HXCommon::Product::ManikinProductTypeMap =
+[[gnu::init_priority(101)]] const QMap<int, int> BM_HXCommon::Product::ManikinProductTypeMap =
     productsByManikinType(); // clazy:exclude=non-pod-global-static
 
 const char *manikinTypeAsString(int manikinType)

@@ -1,7 +1,11 @@
 // Starts up through AppConfig and then does what the word behind "--do" asks for, so that a test can look at
 // a real process from outside.
 
+#include <AgeGroups.h>
 #include <AppConfig.h>
+#include <FileSync.h>
+#include <OXUrls.h>
+#include <Product.h>
 
 #include <QCoreApplication>
 #include <QDebug>
@@ -18,6 +22,15 @@
 #endif
 
 namespace {
+
+// What an application does before main(), with the library linked statically.
+const bool early = [] {
+    AppConfig::instance()->addArgument("--do", 1, "<word> Says what to do");
+    AgeGroups::setAgeGroupLimits({{QStringLiteral("early"), 0}});
+    FileSync::setRemoteUser(QString::fromLatin1(AppConfig::cmdArgs.constLast().name));
+    return AppConfig::loggingCategories.isEmpty()
+        && BM_HXCommon::Product::ManikinProductTypeMap.contains(1) && !OXUrls::DefaultEnvironment.isEmpty();
+}();
 
 // --name: the option. Prints its index, its number of values, its value (or "d"), its number (or 5) and all
 // values.
@@ -92,6 +105,10 @@ void raiseConsoleEvent()
 
 const std::map<QString, void (*)()> actions = {
     {QString(), [] {}},
+    {QStringLiteral("early"),
+     [] {
+         qInfo("%d %s %s", early, qPrintable(AgeGroups::getAgeGroup(1)), qPrintable(FileSync::m_RemoteUser));
+     }},
     {QStringLiteral("look-up"), lookOptionUp},
     {QStringLiteral("paths"), printPaths},
     {QStringLiteral("settings"), printSettings},
@@ -111,7 +128,6 @@ int main(int argc, char **argv)
     qputenv("QT_FORCE_STDERR_LOGGING", "1"); // Windows: this process has no console
     const QCoreApplication application(argc, argv);
     AppConfig &config = *AppConfig::instance();
-    config.addArgument("--do", 1, "<word> Says what to do");
     config.addArgument("--name", 1, "<option> Says which option to look up");
     config.addArgument("--pair", 2, "<a> <b> Takes two values");
     config.addArgument("--many", -1, nullptr);

@@ -1,8 +1,6 @@
 #ifndef PLATFORM_H
 #define PLATFORM_H
 
-#include "HXCommonExport.h"
-
 #include <cstddef>
 #include <cstdio>
 
@@ -40,7 +38,7 @@ void parkOnNullDevice(int descriptor);
  * shown.
  * @return 0 when the report could not be shown
  */
-HXCOMMON_EXPORT extern int (*showFatalReport)(const char *title, const char *text);
+extern int (*showFatalReport)(const char *title, const char *text);
 
 /// Whether the system asks a process to end by POSIX signals.
 extern const bool hasTerminationSignals;
