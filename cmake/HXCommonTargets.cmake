@@ -1,5 +1,13 @@
 # The shapes that targets of this project share.
 
+# Whether the project is no part of another one. If so, a build that names no type is an optimised one, with what a
+# debugger needs.
+string(COMPARE EQUAL "${PROJECT_SOURCE_DIR}" "${CMAKE_SOURCE_DIR}" HXCOMMON_IS_TOP_LEVEL)
+get_property(multi_config GLOBAL PROPERTY GENERATOR_IS_MULTI_CONFIG)
+if(HXCOMMON_IS_TOP_LEVEL AND NOT CMAKE_BUILD_TYPE AND NOT multi_config)
+  set(CMAKE_BUILD_TYPE RelWithDebInfo CACHE STRING "Type of the build" FORCE)
+endif()
+
 # hxcommon_strict(<target>): the language level, the warnings and the strict Qt macros of every own target.
 function(hxcommon_strict target)
   target_compile_features(${target} PUBLIC cxx_std_17)

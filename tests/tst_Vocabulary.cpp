@@ -1,51 +1,17 @@
-#include <AdvancedAirwayTypes.h>
-#include <AirwayBlockageTypes.h>
 #include <AppConfig.h>
-#include <BLSService.h>
-#include <Battery.h>
-#include <BreathingPatternTypes.h>
-#include <CapillaryRefillTypes.h>
-#include <ChestRiseTypes.h>
 #include <ConnectivityChecker.h>
 #include <ECGLibrary.h>
-#include <EnlargedLiverTypes.h>
-#include <Eyes.h>
 #include <FileSync.h>
-#include <FontanelleTypes.h>
-#include <HeadLimpTypes.h>
-#include <HeadSeizureTypes.h>
-#include <HeadTiltStateTypes.h>
-#include <LaryngospasmTypes.h>
-#include <LungComplianceTypes.h>
-#include <MovementTypes.h>
+#include <HXCommonVocabulary.h>
 #include <OXUrls.h>
 #include <OXVersion.h>
 #include <PausingTimer.h>
-#include <PharyngealObstructionTypes.h>
 #include <Product.h>
-#include <TracheostomaTypes.h>
 
 #include <QMetaEnum>
 #include <QtTest>
 
 namespace {
-
-// clang-format off
-const QMetaObject *const types[] = {
-    &AdvancedAirwayTypes::staticMetaObject, &AirwayBlockageTypes::staticMetaObject,
-    &BLSService::staticMetaObject, &Battery::staticMetaObject, &BreathingPatternTypes::staticMetaObject,
-    &CapillaryRefillTypes::staticMetaObject, &ChestRiseTypes::staticMetaObject,
-    &EnlargedLiverTypes::staticMetaObject, &Eyes::staticMetaObject, &FontanelleTypes::staticMetaObject,
-    &HeadLimpTypes::staticMetaObject, &HeadSeizureTypes::staticMetaObject,
-    &HeadTiltStateTypes::staticMetaObject, &LaryngospasmTypes::staticMetaObject,
-    &LungComplianceTypes::staticMetaObject, &MovementTypes::staticMetaObject,
-    &PharyngealObstructionTypes::staticMetaObject, &BM_HXCommon::Product::staticMetaObject,
-    &TracheostomaTypes::staticMetaObject,
-    &AppConfig::staticMetaObject, &ConnectivityChecker::staticMetaObject, &ECGConfig::staticMetaObject,
-    &ECGLibrary::staticMetaObject, &ECGLibraries::staticMetaObject, &FileSync::staticMetaObject,
-    &OXUrls::staticMetaObject, &OXVersion::staticMetaObject, &PausingTimer::staticMetaObject,
-};
-// clang-format on
 
 using Text = QLatin1String;
 
@@ -87,8 +53,14 @@ private Q_SLOTS:
     // Scripts and devices rely on these names, numbers and orders.
     void isAsAgreed()
     {
+        QVector<const QMetaObject *> types(std::begin(vocabulary), std::end(vocabulary));
+        types << &BM_HXCommon::Product::staticMetaObject << &AppConfig::staticMetaObject
+              << &ConnectivityChecker::staticMetaObject << &ECGConfig::staticMetaObject
+              << &ECGLibrary::staticMetaObject << &ECGLibraries::staticMetaObject
+              << &FileSync::staticMetaObject << &OXUrls::staticMetaObject << &OXVersion::staticMetaObject
+              << &PausingTimer::staticMetaObject;
         QStringList lines;
-        for (const QMetaObject *type : types) {
+        for (const QMetaObject *type : qAsConst(types)) {
             const QStringList members = membersOf(*type);
             for (const QString &member : members)
                 lines << (Text(type->className()) + QLatin1Char(' ') + member).simplified();

@@ -10,6 +10,7 @@ Rectangle {
     implicitHeight: column.implicitHeight + 2 * Theme.gap
     Layout.fillWidth: true; Layout.fillHeight: true
     radius: 6; color: Theme.card
+    Accessible.role: Accessible.Grouping; Accessible.name: title
 
     ColumnLayout {
         id: column

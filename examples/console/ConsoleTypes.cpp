@@ -1,65 +1,70 @@
 #include "ConsoleTypes.h"
 
-#include <AdvancedAirwayTypes.h>
 #include <AgeGroups.h>
-#include <AirwayBlockageTypes.h>
-#include <BLSService.h>
-#include <Battery.h>
-#include <BreathingPatternTypes.h>
-#include <CapillaryRefillTypes.h>
-#include <ChestRiseTypes.h>
-#include <ConnectivityChecker.h>
 #include <CyanosisCalculator.h>
 #include <ECGLibrary.h>
-#include <EnlargedLiverTypes.h>
-#include <Eyes.h>
-#include <FontanelleTypes.h>
-#include <HeadLimpTypes.h>
-#include <HeadSeizureTypes.h>
-#include <HeadTiltStateTypes.h>
-#include <LaryngospasmTypes.h>
-#include <LungComplianceTypes.h>
-#include <MovementTypes.h>
-#include <OXUrls.h>
-#include <PausingTimer.h>
-#include <PharyngealObstructionTypes.h>
+#include <HXCommonQml.h>
+#include <HXCommonVocabulary.h>
 #include <Product.h>
-#include <TracheostomaTypes.h>
 
 #include <QMetaEnum>
+#include <QRegularExpression>
 
-// clang-format off
-const QMetaObject *const vocabulary[] = {
-    &AdvancedAirwayTypes::staticMetaObject, &AirwayBlockageTypes::staticMetaObject, &Battery::staticMetaObject,
-    &BLSService::staticMetaObject, &BreathingPatternTypes::staticMetaObject, &CapillaryRefillTypes::staticMetaObject,
-    &ChestRiseTypes::staticMetaObject, &EnlargedLiverTypes::staticMetaObject, &Eyes::staticMetaObject,
-    &FontanelleTypes::staticMetaObject, &HeadLimpTypes::staticMetaObject, &HeadSeizureTypes::staticMetaObject,
-    &HeadTiltStateTypes::staticMetaObject, &LaryngospasmTypes::staticMetaObject, &LungComplianceTypes::staticMetaObject,
-    &MovementTypes::staticMetaObject, &PharyngealObstructionTypes::staticMetaObject, &TracheostomaTypes::staticMetaObject,
-};
-// clang-format on
+// "pupilSize_t" as "Pupil size", "PupilSizeSmall" in that group as "Small"; "LMA" stays.
+static QString words(QString identifier, const QString &group = QString())
+{
+    static const QRegularExpression ending(text("(?<=.)(_t|Types)$"));
+    static const QRegularExpression boundary(text("_|(?<=[a-z])(?=[A-Z0-9])|(?<=[A-Z])(?=[A-Z][a-z])"));
+    QStringList words = identifier.remove(ending).replace(boundary, text(" ")).split(QLatin1Char(' '));
+    for (QString &word : words) {
+        if (word.size() == 1 || word != word.toUpper())
+            word = word.toLower();
+    }
+    QString result = words.join(QLatin1Char(' '));
+    if (!group.isEmpty() && result.startsWith(group.toLower() + QLatin1Char(' ')))
+        result.remove(0, group.size() + 1);
+    return result.left(1).toUpper() + result.mid(1);
+}
 
 // What the library offers to C++ only: static functions, tables, and the names of the enumerations.
 class Library : public QObject {
     Q_OBJECT
     Q_PROPERTY(QVariantList vocabulary READ enumerations CONSTANT)
+    Q_PROPERTY(QVariantList manikinTypes READ manikinTypes CONSTANT)
 
 public:
-    // Maps {type, name, states: maps {text, value}}.
+    // Maps {type, typeWords, name, words, states: maps {text, name, value}}.
     static QVariantList enumerations()
     {
         QVariantList list;
         for (const QMetaObject *const type : vocabulary) {
             for (int i = 0; i < type->enumeratorCount(); ++i) {
                 const QMetaEnum names = type->enumerator(i);
+                const QString group = words(text(names.name()));
                 QVariantList states;
                 for (int k = 0; k < names.keyCount(); ++k)
-                    states << QVariantMap{{text("text"), text(names.key(k))},
+                    states << QVariantMap{{text("text"), words(text(names.key(k)), group)},
+                                          {text("name"), text(names.key(k))},
                                           {text("value"), names.value(k)}};
                 list << QVariantMap{{text("type"), text(type->className())},
+                                    {text("typeWords"), words(text(type->className()))},
                                     {text("name"), text(names.name())},
+                                    {text("words"), group},
                                     {text("states"), states}};
             }
+        }
+        return list;
+    }
+
+    // Those with a name or a product: maps {text, value}.
+    static QVariantList manikinTypes()
+    {
+        QVariantList list;
+        for (int type = 0; type <= 255; ++type) {
+            const QString name = text(manikinTypeAsString(type));
+            if (name != text(manikinTypeAsString(-1)) || !product(type).isEmpty())
+                list << QVariantMap{{text("text"), text("%1 (%2)").arg(name).arg(type)},
+                                    {text("value"), type}};
         }
         return list;
     }
@@ -72,8 +77,8 @@ public:
         return CyanosisCalculator::CalculateCyanosisLevel(threshold, saturation, enabled, 0, -6, 5);
     }
 
-    Q_INVOKABLE QString manikinName(int type) const { return text(manikinTypeAsString(type)); }
-    Q_INVOKABLE QString product(int manikinType) const
+    Q_INVOKABLE static QString manikinName(int type) { return text(manikinTypeAsString(type)); }
+    Q_INVOKABLE static QString product(int manikinType)
     {
         namespace Product = BM_HXCommon::Product;
         const int id = Product::ManikinProductTypeMap.value(manikinType, -1);
@@ -81,35 +86,9 @@ public:
     }
 };
 
-namespace {
-
-// An object of the library, which keeps it.
-template <typename Shared> void registerShared(const char *name, Shared *object)
-{
-    QQmlEngine::setObjectOwnership(object, QQmlEngine::CppOwnership);
-    qmlRegisterSingletonType<Shared>("HXCommon", 8, 0, name,
-                                     [object](QQmlEngine *, QJSEngine *) { return object; });
-}
-
-void registerEnumerations(const QMetaObject &type, const char *name)
-{
-    qmlRegisterUncreatableMetaObject(type, "HXCommon", 8, 0, name, text("It holds enumerations only."));
-}
-
-} // namespace
-
 void registerConsoleTypes()
 {
-    for (const QMetaObject *const type : vocabulary)
-        registerEnumerations(*type, type->className());
-    registerEnumerations(RC_GUI::staticMetaObject, "RC_GUI");
-    registerEnumerations(RC_GUI::ExtraSystole::staticMetaObject, "ExtraSystole");
-    registerShared("ECGLibraries", &ECGLibraries::Instance());
-    registerShared("OXUrls", OXUrls::instance());
-    qmlRegisterUncreatableType<ECGConfig>("HXCommon", 8, 0, "ECGConfig", text("It belongs to its library."));
-    qmlRegisterType<ConnectivityChecker>("HXCommon", 8, 0, "ConnectivityChecker");
-    qmlRegisterType<PausingTimer>("HXCommon", 8, 0, "PausingTimer");
-
+    registerHXCommonTypes("HXCommon");
     // Lower limits in years; an application takes them from its configuration.
     AgeGroups::setAgeGroupLimits(
         {{text("baby"), 0}, {text("infant"), 1}, {text("child"), 3}, {text("adult"), 12}});

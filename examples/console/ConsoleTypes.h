@@ -2,6 +2,7 @@
 #define CONSOLETYPES_H
 
 #include <QQmlEngine>
+#include <QSize>
 
 constexpr char guardName[] = "olvex-console"; ///< Only one instance runs under this name.
 
@@ -11,6 +12,10 @@ void registerConsoleTypes();
 void registerServices();
 void registerSimulatedManikin();
 void registerSystem();
+
+/// The size that stands in "<width>x<height>"; invalid if none does, or one that no window may have.
+QSize windowSize(const QString &words);
+QString windowSizes(); ///< The least and the greatest size of the window, in words.
 
 /// Registers a model; every engine makes its own and deletes it.
 template <typename Model> void registerModel(const char *name)

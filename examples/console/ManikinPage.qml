@@ -6,43 +6,63 @@ RowLayout {
     property string type: "Eyes"
     property var states: ({}) // the chosen values by enumeration
 
+    function choose(key, state) {
+        states = Object.assign({}, states, { [key]: state.value });
+        SimulatedManikin.sendState(key, state.value);
+    }
+
     spacing: Theme.gap
 
     Card {
-        title: "Manikin"
+        title: qsTr("Manikin")
         Layout.fillWidth: false; Layout.preferredWidth: 270
-        SpinBox {
-            objectName: "manikinType"; to: 255; value: SimulatedManikin.type
-            textFromValue: type => "type " + type
-            onValueModified: SimulatedManikin.type = value; Layout.fillWidth: true
+        RowLayout {
+            Label { text: qsTr("Type") }
+            NumberBox {
+                objectName: "manikinType"; to: 255; value: SimulatedManikin.type; hint: qsTr("Manikin type by number, 0 to 255"); Accessible.name: hint
+                onValueModified: SimulatedManikin.type = value; Layout.fillWidth: true
+            }
         }
-        Label { objectName: "manikin"; text: Library.manikinName(SimulatedManikin.type); font.bold: true }
-        Label { objectName: "product"; text: Library.product(SimulatedManikin.type) || "No product"; color: Theme.faint }
+        Picker {
+            objectName: "manikin"; model: Library.manikinTypes; hint: qsTr("Manikin type by name"); Accessible.name: hint
+            currentIndex: model.findIndex(type => type.value === SimulatedManikin.type)
+            displayText: Library.manikinName(SimulatedManikin.type)
+            onActivated: SimulatedManikin.type = currentValue; Layout.fillWidth: true
+        }
+        Label { objectName: "product"; text: Library.product(SimulatedManikin.type) || qsTr("No product"); color: Theme.faint }
         ListView {
-            model: Library.vocabulary.map(e => e.type).filter((type, i, all) => all.indexOf(type) === i)
-            objectName: "types"; clip: true; Layout.fillWidth: true; Layout.fillHeight: true
-            ScrollBar.vertical: ScrollBar { }
+            id: types
+            model: Library.vocabulary.filter((e, i, all) => all.findIndex(other => other.type === e.type) === i)
+            objectName: "types"; clip: true; activeFocusOnTab: true; keyNavigationEnabled: true
+            currentIndex: model.findIndex(e => e.type === page.type); highlightMoveDuration: 0
+            onCurrentIndexChanged: if (model[currentIndex]) page.type = model[currentIndex].type
+            Layout.fillWidth: true; Layout.fillHeight: true
+            Accessible.role: Accessible.List; Accessible.name: qsTr("States of the manikin")
+            ScrollBar.vertical: Bar { }
             delegate: ItemDelegate {
-                objectName: modelData; text: modelData; width: ListView.view.width
-                highlighted: page.type === modelData; onClicked: page.type = modelData; focusPolicy: Qt.StrongFocus
-                Rectangle { anchors.fill: parent; visible: parent.visualFocus; color: "transparent"; border { width: 2; color: Theme.focus } }
+                objectName: modelData.type; text: modelData.typeWords; width: ListView.view.width; focusPolicy: Qt.NoFocus
+                highlighted: ListView.isCurrentItem;
+                onClicked: { types.currentIndex = index; types.forceActiveFocus(Qt.MouseFocusReason); }
+                Hint { text: modelData.type }
+                Rectangle { anchors.fill: parent; visible: parent.highlighted && types.activeFocus; color: "transparent"; border { width: 2; color: Theme.focus } }
             }
         }
     }
     Card {
-        title: page.type
+        title: types.currentItem ? types.currentItem.text : ""
+        Label { text: qsTr("A chosen state is sent to the manikin: see the page Link."); color: Theme.faint }
         ListView {
             model: Library.vocabulary.filter(enumeration => enumeration.type === page.type)
             clip: true; spacing: Theme.gap; Layout.fillWidth: true; Layout.fillHeight: true
-            ScrollBar.vertical: ScrollBar { }
+            ScrollBar.vertical: Bar { }
             delegate: ColumnLayout {
                 readonly property string key: modelData.type + "." + modelData.name
                 readonly property var value: page.states[key]
                 width: ListView.view.width - Theme.gap
-                Label { text: modelData.name + (parent.value === undefined ? "" : " = " + parent.value); color: Theme.faint }
+                Label { text: modelData.words + (parent.value === undefined ? "" : " = " + parent.value); color: Theme.faint }
                 Choice {
-                    options: modelData.states; value: parent.value
-                    onChosen: page.states = Object.assign({}, page.states, { [parent.key]: value })
+                    options: modelData.states.map(state => Object.assign({ hint: state.name + " = " + state.value }, state)); value: parent.value
+                    onChosen: page.choose(parent.key, modelData.states.find(state => state.value === value))
                 }
             }
         }

@@ -4,11 +4,14 @@
 #include "ServiceTable.h"
 
 #include <AppConfig.h>
+#include <NetworkManager.h>
 #include <OXUrls.h>
 
 #include <QCoreApplication>
-#include <QDebug>
+#include <QHash>
 #include <QJsonDocument>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTemporaryFile>
@@ -28,6 +31,18 @@ QJsonObject onLoopback(QJsonObject entry, quint16 port)
     return entry;
 }
 
+// Why a request failed; the HTTP status where the server gave one.
+QString words(const QNetworkReply &reply)
+{
+    const QString status = reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toString();
+    if (reply.error() == QNetworkReply::OperationCanceledError)
+        return QCoreApplication::translate("Services", "no answer in time");
+    if (status.isEmpty())
+        return reply.errorString();
+    return text("HTTP %1 %2")
+        .arg(status, reply.attribute(QNetworkRequest::HttpReasonPhraseAttribute).toString());
+}
+
 } // namespace
 
 class Services : public QObject {
@@ -35,6 +50,7 @@ class Services : public QObject {
     Q_PROPERTY(QStringList names MEMBER m_names CONSTANT)
     Q_PROPERTY(QStringList environments MEMBER m_environments CONSTANT)
     Q_PROPERTY(QStringList regions MEMBER m_regions CONSTANT)
+    Q_PROPERTY(QStringList problems MEMBER m_problems CONSTANT) // of the service table, in plain sentences
     Q_PROPERTY(QString answer MEMBER m_answer NOTIFY changed) // the server's HTTP status, empty for silence
     Q_PROPERTY(bool testOffline READ testOffline WRITE setTestOffline NOTIFY changed)
 
@@ -42,11 +58,10 @@ public:
     Services()
     {
         connect(&m_server, &QTcpServer::newConnection, this, &Services::accept);
-        QStringList problems;
-        QJsonObject environments = readEnvironments(AppConfig::confPath(text("OlvexUrls.json")), problems);
-        serveEnvironment(environments, problems);
-        if (!problems.isEmpty())
-            qWarning() << problems;
+        connect(NetworkManager::instance()->accessManager(), &QNetworkAccessManager::finished, this,
+                [this](const QNetworkReply *reply) { m_errors.insert(reply->url(), words(*reply)); });
+        QJsonObject environments = readEnvironments(AppConfig::confPath(text("OlvexUrls.json")), m_problems);
+        serveEnvironment(environments);
         m_environments = environments.keys();
         m_names = targets(environments);
         for (const QString &name : qAsConst(m_names))
@@ -54,6 +69,9 @@ public:
         m_regions.sort();
         m_regions.removeDuplicates();
     }
+
+    // Why the last request to this URL failed.
+    Q_INVOKABLE QString error(const QUrl &url) const { return m_errors.value(url, tr("no network")); }
 
     static bool testOffline() { return qApp->property("TestOffline").toBool(); }
 
@@ -68,11 +86,11 @@ Q_SIGNALS:
 
 private:
     // Adds the environment of this server to the document and loads the registry with it.
-    void serveEnvironment(QJsonObject &environments, QStringList &problems)
+    void serveEnvironment(QJsonObject &environments)
     {
         QTemporaryFile file(AppConfig::tmpPath(text("services-XXXXXX.json")));
         if (!m_server.listen(QHostAddress::LocalHost) || !file.open()) {
-            problems << m_server.errorString() + file.errorString();
+            m_problems << m_server.errorString() + file.errorString();
             return;
         }
         const QJsonObject entries = environments.value(OXUrls::DefaultEnvironment).toObject();
@@ -99,6 +117,8 @@ private:
 
     QTcpServer m_server;
     QString m_answer = text("200 OK");
+    QHash<QUrl, QString> m_errors;
+    QStringList m_problems;
     QStringList m_names;
     QStringList m_environments;
     QStringList m_regions;

@@ -5,57 +5,103 @@ ColumnLayout {
     id: page
     signal check
     readonly property var looks: [ // by ConnectivityChecker.ConnectivityStatus
-        { text: "Not checked yet", color: Theme.faint }, { text: "Connecting", color: Theme.text },
-        { text: "Failed", color: Theme.bad }, { text: "Success", color: Theme.good }]
+        { text: qsTr("Not checked yet"), color: Theme.faint }, { text: qsTr("Connecting"), color: Theme.text },
+        { text: qsTr("Failed"), color: Theme.bad }, { text: qsTr("Success"), color: Theme.good }]
+
+    function clock(time) { return time.toLocaleTimeString(Qt.locale(), "hh:mm:ss"); }
 
     spacing: Theme.gap
 
     Connections { target: Services; function onChanged() { page.check(); } }
     Card {
-        title: "Deployment"; Layout.fillHeight: false
+        title: qsTr("Deployment"); Layout.fillHeight: false
         GridLayout {
             columns: 2; columnSpacing: Theme.gap
-            Label { text: "Environment" }
+            Label { text: qsTr("Environment") }
             Choice { names: Services.environments; value: OXUrls.environment; onChosen: OXUrls.environment = value }
-            Label { text: "Region" }
-            Choice { names: Services.regions; value: OXUrls.region; onChosen: OXUrls.region = value }
-            Label { text: "Loopback server" }
+            Label { text: qsTr("Region"); visible: Services.regions.length > 0 }
+            Choice { names: Services.regions; value: OXUrls.region; onChosen: OXUrls.region = value; visible: Services.regions.length > 0 }
+            Label { text: qsTr("Loopback server") }
             Choice {
-                options: [{ text: "Answers", value: "200 OK" }, { text: "Fails", value: "503 Service Unavailable" }, { text: "Stays silent", value: "" }]
-                value: Services.answer; onChosen: Services.answer = value
+                options: [{ text: qsTr("Answers"), value: "200 OK", hint: qsTr("The environment loopback: every request is answered with 200") },
+                          { text: qsTr("Fails"), value: "503 Service Unavailable", hint: qsTr("The environment loopback: every request is answered with 503") },
+                          { text: qsTr("Stays silent"), value: "", hint: qsTr("The environment loopback: no request is answered") }]
+                value: Services.answer; onChosen: Services.answer = value; enabled: OXUrls.environment === "loopback"
             }
-            Label { text: "Off-line test" }
+            Label { text: qsTr("Off-line test") }
             RowLayout {
-                Switch {
-                    objectName: "offline"; text: "Services count as unreachable"; checked: Services.testOffline
-                    onToggled: Services.testOffline = checked; Layout.fillWidth: true
+                Toggle {
+                    objectName: "offline"; text: qsTr("Services count as unreachable"); hint: qsTr("No request is sent, and every check fails")
+                    checked: Services.testOffline; onToggled: Services.testOffline = checked; Layout.fillWidth: true
                 }
-                Button { objectName: "check"; text: "Check now"; onClicked: page.check() }
+                PushButton { objectName: "check"; text: qsTr("Check now"); hint: qsTr("Checks all services, also before their 5 s are over"); onClicked: page.check() }
             }
         }
     }
     Card {
-        title: "Services, checked every 5 s"
-        Repeater {
-            model: Services.names
-            RowLayout {
+        title: Services.names.length > 0 ? qsTr("Services, checked every 5 s") : qsTr("There is no service to check")
+        Label {
+            objectName: "problems"; visible: Services.problems.length > 0 || Services.names.length === 0
+            text: Services.problems.concat(qsTr("Put the service table OlvexUrls.json into the configuration directory, or name that with --confpath DIRECTORY, and start again. olvex-doctor tells more.")).join("\n")
+            color: Theme.bad; wrapMode: Text.Wrap; Layout.fillWidth: true
+        }
+        ListView {
+            model: Services.names; clip: true; spacing: 6; cacheBuffer: 100000; Layout.fillWidth: true; Layout.fillHeight: true
+            ScrollBar.vertical: Bar { }
+            delegate: RowLayout {
                 id: service
-                readonly property var look: page.looks[checker.status]
-                objectName: modelData; spacing: Theme.gap; Layout.preferredHeight: Theme.touch
+                property url probed // by the check that runs or was the last
+                property url judged // what the verdict is about
+                property bool busy: false
+                property var started: new Date()
+                property string detail
+                readonly property int status: Services.testOffline ? ConnectivityChecker.FAILED : judged === checker.url ? checker.status : ConnectivityChecker.UNKNOWN
+                readonly property var look: page.looks[status]
+
+                function check() {
+                    if (busy)
+                        return; // its end starts the next one if it is about another URL
+                    busy = true;
+                    started = new Date();
+                    probed = checker.url;
+                    checker.startCheck();
+                }
+                function conclude(success) {
+                    const now = new Date();
+                    judged = probed;
+                    detail = qsTr("At %1").arg(page.clock(now)) + (busy && !Services.testOffline ? qsTr(", after %1 ms").arg(now - started) : "")
+                        + (success ? "" : qsTr(": %1").arg(Services.testOffline ? qsTr("off-line test, nothing was sent") : Services.error(judged)));
+                    busy = false;
+                    checkIn(judged === checker.url ? 5000 : 1);
+                }
+                function checkIn(time) {
+                    next.interval = time;
+                    next.restart();
+                }
+
+                objectName: modelData; spacing: Theme.gap; width: ListView.view.width - Theme.gap
                 ConnectivityChecker {
                     id: checker
                     readonly property string deployment: OXUrls.environment + OXUrls.region
-                    timeout: 3000; scheduleTimeout: 5000
+                    timeout: 3000
                     url: deployment, OXUrls.url(modelData, OXUrls.dataValue(modelData, "healthPath"))
-                    onUrlChanged: startCheck()
+                    onUrlChanged: service.checkIn(1)
+                    onStatusReceived: if (a_NewState !== ConnectivityChecker.CONNECTING) service.conclude(a_NewState === ConnectivityChecker.SUCCESS)
                 }
-                Connections { target: page; function onCheck() { checker.startCheck(); } }
+                Timer { id: next; onTriggered: service.check() }
+                Connections { target: page; function onCheck() { service.check(); } }
                 Rectangle { width: 14; height: 14; radius: 7; color: service.look.color }
-                Label { text: modelData; font.bold: true; Layout.preferredWidth: 110 }
-                Label { objectName: "status"; text: service.look.text; color: service.look.color; Layout.preferredWidth: 120 }
-                Label { objectName: "url"; text: checker.url; color: Theme.faint; elide: Text.ElideMiddle; Layout.fillWidth: true }
+                Label { text: modelData; font.bold: true; wrapMode: Text.Wrap; Layout.preferredWidth: 110 }
+                Label { objectName: "status"; text: service.look.text; color: service.look.color; Layout.preferredWidth: 130 }
+                ColumnLayout {
+                    spacing: 0
+                    Label { objectName: "url"; text: checker.url; font.pixelSize: Theme.small; wrapMode: Text.WrapAnywhere; Layout.fillWidth: true }
+                    Label {
+                        objectName: "detail"; color: Theme.faint; font.pixelSize: Theme.small; wrapMode: Text.Wrap; Layout.fillWidth: true
+                        text: service.busy ? qsTr("Checking since %1 …").arg(page.clock(service.started)) : service.status === ConnectivityChecker.UNKNOWN ? "" : service.detail
+                    }
+                }
             }
         }
-        Item { Layout.fillHeight: true }
     }
 }

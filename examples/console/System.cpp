@@ -3,12 +3,38 @@
 
 #include "ConsoleTypes.h"
 #include "Examination.h"
+#include "OptionValue.h"
 
 #include <AppConfig.h>
 #include <InitProperties.h>
 #include <RunGuard.h>
 
+#include <QFontDatabase>
+#include <QFontInfo>
 #include <QLoggingCategory>
+#include <QRegularExpression>
+
+#include <algorithm>
+
+static const QSize smallest(1024, 600);
+static const QSize largest(7680, 4320);
+
+QSize windowSize(const QString &words)
+{
+    static const QRegularExpression form(text("^(\\d{1,5})x(\\d{1,5})$"));
+    const QRegularExpressionMatch match = form.match(words);
+    const QSize size(match.captured(1).toInt(), match.captured(2).toInt());
+    return match.hasMatch() && size == size.expandedTo(smallest).boundedTo(largest) ? size : QSize();
+}
+
+QString windowSizes()
+{
+    return text("%1x%2 to %3x%4")
+        .arg(smallest.width())
+        .arg(smallest.height())
+        .arg(largest.width())
+        .arg(largest.height());
+}
 
 namespace {
 
@@ -28,6 +54,17 @@ QLoggingCategory &find(const QString &name)
     return *categoriesByName().value(name, QLoggingCategory::defaultCategory());
 }
 
+// What the library says of a category in the file that it installs for log viewers.
+QString description(const QString &category)
+{
+    QFile file(text(":/console/hxcommon.categories"));
+    if (!file.open(QIODevice::ReadOnly))
+        return QString();
+    const QRegularExpression line(text("^%1 .*\\((.*)\\)").arg(QRegularExpression::escape(category)),
+                                  QRegularExpression::MultilineOption);
+    return line.match(QString::fromUtf8(file.readAll())).captured(1);
+}
+
 } // namespace
 
 class System : public QObject {
@@ -43,11 +80,11 @@ public:
     System()
     {
         InitProperties::read(this, AppConfig::settingIniPath(false), text("Window"));
-        const AppConfig *const options = AppConfig::instance();
-        const QString size = options->argumentValue(text("--size"), text("%1x%2").arg(m_width).arg(m_height));
-        m_width = size.section(QLatin1Char('x'), 0, 0).toInt();
-        m_height = size.section(QLatin1Char('x'), 1).toInt();
-        m_dark = options->argumentValue(text("--theme"), text(m_dark ? "dark" : "")) == text("dark");
+        const QSize asked = windowSize(optionValue("--size"));
+        const QSize size = asked.isValid() ? asked : QSize(m_width, m_height);
+        m_width = qBound(smallest.width(), size.width(), largest.width());
+        m_height = qBound(smallest.height(), size.height(), largest.height());
+        m_dark = optionValue("--theme", text(m_dark ? "dark" : "light")) == text("dark");
     }
 
     ~System() override { storeWindow(); }
@@ -62,11 +99,28 @@ public:
         return InitProperties::readSettingsLine(AppConfig::settingIniPath(false), key, text("-"));
     }
 
+    Q_INVOKABLE static QSize smallestSize() { return smallest; } // that the pages have room in
+
+    Q_INVOKABLE static QString fixedFont()
+    {
+        const QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+        return QFontInfo(font).fixedPitch() ? font.family() : text("monospace");
+    }
+
     // The doctor's report, as JSON.
     Q_INVOKABLE QString report() const { return QString::fromUtf8(examine().toJson()); }
     Q_INVOKABLE bool mayRunAgain() const { return RunGuard(QLatin1String(guardName)).tryToRun(); }
     Q_INVOKABLE bool isUnderLoad() const { return AppConfig::argumentExits(text("--load")); }
-    Q_INVOKABLE QStringList categories() const { return categoriesByName().keys(); }
+
+    // Maps {name, description}.
+    Q_INVOKABLE QVariantList categories() const
+    {
+        QVariantList list;
+        const QStringList names = categoriesByName().keys();
+        for (const QString &name : names)
+            list << QVariantMap{{text("name"), name}, {text("description"), description(name)}};
+        return list;
+    }
 
     // Levels are those of QtMsgType.
     Q_INVOKABLE bool isEnabled(const QString &name, int level) const
@@ -78,14 +132,19 @@ public:
         find(name).setEnabled(QtMsgType(level), enabled);
     }
 
-    // The last lines of the log file.
-    Q_INVOKABLE QString logTail() const
+    // The last lines of the log file, the latest first.
+    Q_INVOKABLE QStringList logTail() const
     {
-        QFile log(AppConfig::logOutputFile.fileName());
-        if (!log.open(QIODevice::ReadOnly))
-            return text("There is no log file: start with --logoutput FILE.");
-        log.seek(qMax<qint64>(0, log.size() - 16384));
-        return QString::fromUtf8(log.readAll()).trimmed();
+        const QString name = AppConfig::logOutputFile.fileName(); // on Windows an open file has lost it
+        const QString path = name.isEmpty() ? optionValue("--logoutput") : name;
+        QFile log(path);
+        if (path.isEmpty() || !log.open(QIODevice::ReadOnly))
+            return {tr("There is no log file: start with --logoutput FILE.")};
+        if (log.seek(qMax<qint64>(0, log.size() - 65536)) && log.pos() > 0)
+            log.readLine(); // of which the beginning is missing
+        QStringList lines = QString::fromUtf8(log.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+        std::reverse(lines.begin(), lines.end());
+        return lines;
     }
 
 Q_SIGNALS:

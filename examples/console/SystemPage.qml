@@ -1,17 +1,23 @@
 import QtQuick 2.15; import QtQuick.Controls 2.15; import QtQuick.Layouts 1.15
-import Console 1.0
+import HXCommon 8.0; import Console 1.0
 
 GridLayout {
     id: page
     property var report: ({}) // the doctor's
     property var categories: []
     property var settings: []
+    readonly property var levels: [{ name: qsTr("Debug"), type: 0 }, { name: qsTr("Info"), type: 4 }, { name: qsTr("Warning"), type: 1 }] // QtMsgType
 
     function look() {
         report = JSON.parse(System.report());
         categories = System.categories();
-        settings = ["System/Environment", "System/Region", "Window/width", "Window/height", "Window/page", "Window/dark"]
-            .map(key => [key, System.setting(key)]);
+        settings = [["System/Environment", OXUrls.environment], ["System/Region", OXUrls.region], ["Window/width", System.width],
+                    ["Window/height", System.height], ["Window/page", System.page], ["Window/dark", System.dark]]
+            .map(([key, value]) => [key, System.setting(key), value === "" ? qsTr("none") : String(value)]);
+    }
+    function mark(row) { // red where something is missing that the application needs
+        const needed = report.problems.some(problem => problem.startsWith("The " + row.directory + " directory "));
+        return { text: !row.exists ? qsTr("missing") : row.writable ? qsTr("writable") : qsTr("read only"), color: needed ? Theme.bad : "" };
     }
 
     component Quarter: Card { Layout.preferredWidth: 1; Layout.preferredHeight: 1 }
@@ -20,44 +26,79 @@ GridLayout {
     onVisibleChanged: if (visible) look()
 
     Timer {
-        running: page.visible && log.atYBeginning; repeat: true; triggeredOnStart: true; interval: 300
-        onTriggered: log.model = System.logTail().split("\n").reverse().map(line => [line])
+        running: page.visible && !pause.checked && log.contentY <= log.originY; repeat: true; triggeredOnStart: true; interval: 300
+        onTriggered: log.lines = System.logTail()
     }
     Quarter {
-        title: "Settings and versions"
-        Rows { objectName: "facts"; model: page.settings.concat((page.report.Identity || []).map(row => [row.item, row.value])); widths: [150] }
+        title: qsTr("Settings and versions")
+        Rows {
+            objectName: "facts"; name: qsTr("Settings and versions"); heads: [qsTr("Setting"), qsTr("Stored"), qsTr("In force")]; widths: [140, 100]
+            model: page.settings.concat((page.report.Identity || []).map(row => [row.item, "", row.value]))
+        }
         RowLayout {
-            Button { objectName: "store"; text: "Store window"; onClicked: { System.storeWindow(); page.look(); } }
-            Button { objectName: "guard"; text: "Run twice?"; onClicked: answer.text = System.mayRunAgain() ? "Allowed" : "Refused: this one runs" }
+            PushButton { objectName: "store"; text: qsTr("Store window now"); hint: qsTr("Stores size, page and colours of the window in the settings file; closing does so, too"); onClicked: { System.storeWindow(); page.look(); } }
+            PushButton { objectName: "guard"; text: qsTr("Try a second start"); hint: qsTr("Asks the guard whether another instance might run now"); onClicked: answer.text = System.mayRunAgain() ? qsTr("Allowed") : qsTr("Refused: this one runs") }
             Label { id: answer; objectName: "answer" }
         }
     }
     Quarter {
-        title: "Directories"
-        Rows { objectName: "directories"; model: (page.report.Directories || []).map(row => [row.directory, row.path]); widths: [150] }
+        title: qsTr("Directories")
+        Rows {
+            objectName: "directories"; name: qsTr("Directories"); heads: [qsTr("Directory"), qsTr("State"), qsTr("Path")]; widths: [140, 70]
+            model: (page.report.Directories || []).map(row => [row.directory, page.mark(row), row.path])
+        }
     }
     Quarter {
-        title: "Logging: debug, info, warning"
+        title: qsTr("Log categories")
+        RowLayout {
+            Layout.rightMargin: Theme.gap; spacing: 0
+            Label { text: qsTr("Messages that are shown"); color: Theme.faint; font.pixelSize: Theme.small; Layout.fillWidth: true }
+            Repeater {
+                model: page.levels
+                Label { text: modelData.name; font { bold: true; pixelSize: Theme.small } color: Theme.faint; horizontalAlignment: Text.AlignHCenter; Layout.preferredWidth: 60 }
+            }
+        }
         ListView {
             model: page.categories; clip: true; Layout.fillWidth: true; Layout.fillHeight: true
-            ScrollBar.vertical: ScrollBar { }
+            ScrollBar.vertical: Bar { }
             delegate: RowLayout {
-                readonly property string category: modelData
+                readonly property string category: modelData.name
                 objectName: category; width: ListView.view.width - Theme.gap; spacing: 0
-                Label { text: parent.category; font.pixelSize: 13; elide: Text.ElideMiddle; Layout.fillWidth: true }
+                ColumnLayout {
+                    spacing: 0
+                    Label { text: modelData.name; font.pixelSize: Theme.small; wrapMode: Text.WrapAnywhere; Layout.fillWidth: true }
+                    Label { text: modelData.description; visible: text !== ""; color: Theme.faint; font.pixelSize: Theme.small; wrapMode: Text.Wrap; Layout.fillWidth: true }
+                }
                 Repeater {
-                    model: [0, 4, 1] // QtMsgType
+                    model: page.levels
                     CheckBox {
-                        objectName: "level" + modelData
-                        checked: System.isEnabled(parent.category, modelData)
-                        onToggled: System.setEnabled(parent.category, modelData, checked)
+                        objectName: "level" + modelData.type; Layout.preferredWidth: 60
+                        checked: System.isEnabled(parent.category, modelData.type)
+                        onToggled: System.setEnabled(parent.category, modelData.type, checked)
+                        Accessible.name: parent.category + ", " + modelData.name
+                        Hint { text: qsTr("Messages of %1: %2").arg(parent.parent.category).arg(modelData.name) }
                     }
                 }
             }
         }
     }
     Quarter {
-        title: "Log file, the latest line first"
-        Rows { id: log; objectName: "log"; family: Theme.fixedFont }
+        title: qsTr("Log file, the latest line first")
+        RowLayout {
+            TextField {
+                id: search
+                objectName: "search"; placeholderText: qsTr("Search"); placeholderTextColor: Theme.faint; selectedTextColor: Theme.selectedText; selectByMouse: true; Layout.fillWidth: true
+                Accessible.name: qsTr("Text to search for in the log")
+                Hint { text: qsTr("Shows the lines with this text only (Ctrl+F)") }
+                Shortcut { sequence: StandardKey.Find; enabled: page.visible; onActivated: search.forceActiveFocus(Qt.ShortcutFocusReason) }
+            }
+            Toggle { id: pause; objectName: "pause"; text: qsTr("Pause"); hint: qsTr("Shows no new lines") }
+        }
+        Rows {
+            id: log
+            property var lines: []
+            objectName: "log"; name: qsTr("Log file"); family: System.fixedFont()
+            model: lines.filter(line => line.toLowerCase().includes(search.text.toLowerCase())).map(line => [line])
+        }
     }
 }

@@ -1,161 +1,101 @@
 // olvex-sync: runs one synchronisation job for a maintenance engineer and shows what it prints.
 
+#include "CommandLine.h"
+#include "Job.h"
+#include "Outcome.h"
+#include "Start.h"
+#include "Terminal.h"
+
 #include <AppConfig.h>
 #include <FileSync.h>
 
 #include <QCoreApplication>
-#include <QLoggingCategory>
-#include <QMetaEnum>
 #include <QTimer>
 
 #include <cstdio>
 
-#ifdef Q_OS_WIN
-#    include <fcntl.h>
-#    include <io.h>
-#endif
-
 namespace {
 
 constexpr int wrongCommandLine = 64;
-constexpr int limitReached = 124;
-constexpr int signalBase = 128;
 
-int signalStatus = 0; // of the signal that has ended the program
-
-struct Option {
-    const char *name;
-    const char *help;
-};
-
-constexpr Option options[] = {
-    {"--command", "<text> Runs this program, or this text on the host"},
-    {"--arguments", "<text> Its arguments, separated by blanks; double quotes keep a word together"},
-    {"--directory", "<path> Starts a local program in this directory"},
-    {"--host", "<name> Runs the command on this host"},
-    {"--user", "<name> Account on the host"},
-    {"--from", "<path> Copies this local file, after a command on a host has succeeded"},
-    {"--to", "<path> The copy; an old one is removed first"},
-    {"--limit", "<seconds> Stops the job after this time"},
-};
-
-constexpr char whatItRuns[] = R"(What it runs:
-
- --command C                            the program C, here
- --command C --host H --user U          ssh U@H C, with the key certificates/U_rsa of the share path
- --command C --host H --user U --from F --to T
-                                        the same, and if that exits with 0, copies the local file F to T
- --from F --to T                        nothing; only copies the local file F to T
-
---arguments follow the command. Without --directory, programs start in the root of the file system.
-The exact line is logged when it starts.
-
-Exit status: that of the command, 255 for a job that could not run or copy, 254 for a full disk,
-64 for a wrong command line, 124 when the limit was reached, 128 + n after signal n.
-)";
-
-QString value(const char *option)
-{
-    return AppConfig::instance()->argumentValue(QString::fromLatin1(option), QString());
-}
-
-struct Job {
-    QString command = value("--command");
-    QString arguments = value("--arguments");
-    QString directory = value("--directory");
-    QString host = value("--host");
-    QString user = value("--user");
-    QString from = value("--from");
-    QString to = value("--to");
-    int limit = AppConfig::instance()->argumentValue(QStringLiteral("--limit"), 0);
-
-    const char *problem() const
+const Program program{
+    "olvex-sync",
+    "runs one synchronisation job and shows what it prints",
+    "--command TEXT [--host NAME --user NAME] [--from FILE --to FILE]",
     {
-        if (from.isEmpty() != to.isEmpty())
-            return "--from and --to go together";
-        if (command.isEmpty() && from.isEmpty())
-            return "Nothing to do: give --command or --from and --to, or see --help";
-        if (host.isEmpty() != user.isEmpty())
-            return "--host and --user go together";
-        if (!command.isEmpty() && !from.isEmpty() && host.isEmpty())
-            return "A copy follows only a command on a --host";
-        if (limit < 0 || limit > 24 * 3600)
-            return "--limit goes up to a day";
-        return nullptr;
-    }
+        {"--command", Option::Text, "<text> Runs this program, or this text on the host"},
+        {"--arguments", Option::FreeText,
+         "<text> Its arguments, separated by blanks; double quotes keep a word together", "--command"},
+        {"--directory", Option::Text,
+         "<path> Starts a local program in this directory, otherwise in the root of the file system",
+         "--command"},
+        {"--host", Option::Text, "<name> Runs the command on this host, through ssh", "--user"},
+        {"--user", Option::Text,
+         "<name> Account on the host; its key is certificates/<name>_rsa of the share path", "--host"},
+        {"--from", Option::Text, "<file> Copies this local file, after a command on a host has succeeded",
+         "--to"},
+        {"--to", Option::Text, "<file> The copy; an old one is removed first", "--from"},
+        {"--limit", Option::Number, "<seconds> Stops the command after this time; a copy cannot be stopped",
+         "--command"},
+        {"--dry-run", Option::Flag, "Prints what would run, and runs nothing"},
+        {"--quiet", Option::Flag, "Says nothing of a job that has succeeded"},
+    },
+    R"(What it runs:
 
-    void start(FileSync &sync) const
-    {
-        if (command.isEmpty())
-            sync.syncFile(from, to, host, false);
-        else if (!from.isEmpty())
-            sync.syncFile(command + QLatin1Char(' ') + arguments, from, to, host, true);
-        else if (!host.isEmpty())
-            sync.executeCommand(command, {arguments}, host, QString());
-        else
-            sync.executeCommand(command, QProcess::splitCommand(arguments), host, directory);
-    }
-};
+  --command C                     the program C, here
+  --command C --host H --user U   ssh U@H C
+     the same --from F --to T     that, and if it exits with 0, copies the local
+                                  file F to T
+  --from F --to T                 nothing; only copies the local file F to T
 
-// The output is shown as it comes: rsync and its like draw their own progress on a terminal.
-void showOutputOf(FileSync &sync)
-{
-#ifdef Q_OS_WIN
-    _setmode(_fileno(stdout), _O_BINARY); // line ends are the child's own
-#endif
-    auto *const process = sync.findChild<QProcess *>();
-    QObject::connect(process, &QProcess::readyReadStandardOutput, process, [process] {
-        const QByteArray output = process->readAllStandardOutput();
-        std::fwrite(output.constData(), 1, std::size_t(output.size()), stdout);
-        std::fflush(stdout);
-    });
-}
+The command's output and errors come as it prints them; the outcome follows on
+standard error.
+)",
+    R"(olvex-sync --command "df -h" --host manikin-7 --user olvex --limit 20
+olvex-sync --command rsync --arguments "-a /srv/logs /media/stick"
+olvex-sync --dry-run --command uptime --host manikin-7 --user olvex
+)",
+    R"(n        that of the command
+64       the command line is wrong; nothing was run
+124      the limit was reached
+128 + n  ended by signal n
+254      the command found a full disk
+255      the command could not run, the copy failed, or ssh did
+)",
+    wrongCommandLine};
 
-void finish(int status)
-{
-    const char *const name = QMetaEnum::fromType<FileSync::fileSyncStatus>().valueToKey(status);
-    std::printf("%s (%d)\n", name ? name : "Failed", status);
-    AppConfig::exit(status & 0xff);
-}
-
-void stop(FileSync *sync)
-{
-    std::puts("Stopped at the limit");
-    sync->deleteLater();
-    AppConfig::exit(limitReached);
-}
+int signalNumber = 0; // of the signal that has ended the program
 
 } // namespace
 
 int main(int argc, char **argv)
 {
-    QLoggingCategory::setFilterRules(QStringLiteral("Olvex.AppConfig=false"));
     const QCoreApplication application(argc, argv);
+    const CommandLine line(program, QCoreApplication::arguments());
+    if (line.isAnswered())
+        return finish(line.status());
+    if (startWithoutTrace(line, argc, argv, program.name))
+        return finish(0);
+
+    const Job job(line);
+    const QString problem = job.problem();
+    if (!problem.isEmpty())
+        return fail(wrongCommandLine, problem);
+    if (line.has("--dry-run")) {
+        print(job.shown());
+        return finish(0);
+    }
+
     AppConfig *const config = AppConfig::instance();
-    for (const Option &option : options)
-        config->addArgument(option.name, 1, option.help);
-    if (config->initialize(QStringLiteral("olvex-sync"), QString())) {
-        if (AppConfig::argumentExits(QStringLiteral("--help")))
-            std::fputs(whatItRuns, stdout);
-        return 0;
-    }
-
-    const Job job;
-    if (const char *const problem = job.problem()) {
-        std::fprintf(stderr, "%s\n", problem);
-        return wrongCommandLine;
-    }
-
     QObject::connect(config, &AppConfig::shutdownRequested, config,
-                     [](int signal) { signalStatus = signalBase + signal; });
+                     [](int signal) { signalNumber = signal; });
     AppConfig::cleanExit();
 
     FileSync::setRemoteUser(job.user);
-    auto *const sync = new FileSync(config->application()); // dies with the application at the latest
-    QObject::connect(sync, &FileSync::completed, sync, &finish);
-    showOutputOf(*sync);
+    auto *const sync = new FileSync(AppConfig::application()); // dies with the application at the latest
+    Outcome outcome(job, *sync);
     QTimer limit;
-    QObject::connect(&limit, &QTimer::timeout, sync, [sync] { stop(sync); });
+    QObject::connect(&limit, &QTimer::timeout, sync, [&outcome] { outcome.stopAtLimit(); });
     if (job.limit > 0)
         limit.start(job.limit * 1000);
     // Inside the event loop, where a start that fails at once can end it.
@@ -165,5 +105,9 @@ int main(int argc, char **argv)
     starter.start(0);
 
     const int status = QCoreApplication::exec();
-    return signalStatus != 0 ? signalStatus : status;
+    if (signalNumber != 0)
+        return fail(128 + signalNumber, QStringLiteral("Stopped by signal %1.").arg(signalNumber));
+    if (status != 0 || !line.has("--quiet"))
+        fail(status, outcome.words());
+    return finish(status);
 }

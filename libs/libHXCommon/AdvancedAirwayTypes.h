@@ -8,8 +8,7 @@
 /**
  * Advanced airway device in place.
  *
- * Scripts write `AdvancedAirwayTypes.None` once the application has registered the meta-object with
- * qmlRegisterUncreatableMetaObject().
+ * Scripts write `AdvancedAirwayTypes.None` once the application has called registerHXCommonTypes().
  *
  * `None` is a macro of the X11 headers: include them after this one.
  */

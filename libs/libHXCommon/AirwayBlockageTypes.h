@@ -8,13 +8,12 @@
 /**
  * Blockage of the left and the right airway.
  *
- * Scripts write `AirwayBlockageTypes.NoBlockage` once the application has registered the meta-object with
- * qmlRegisterUncreatableMetaObject().
+ * Scripts write `AirwayBlockageTypes.NoBlockage` once the application has called registerHXCommonTypes().
  */
 namespace AirwayBlockageTypes {
 Q_NAMESPACE_EXPORT(HXCOMMON_EXPORT)
 
-// Deliberate: 6, 7, 9 and 11 do not exist; a manikin never reports them.
+// Deliberate: 6, 7, 9 and 11 do not exist.
 /**
  * State of both airways: the sum of 1 (left blocked), 2 (right blocked), 4 (right partly blocked) and
  * 8 (left partly blocked). Sums that would say two things of one airway do not exist.

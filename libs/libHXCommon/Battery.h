@@ -8,8 +8,7 @@
 /**
  * State of a manikin's batteries.
  *
- * Scripts write `Battery.BatteryLevelLow` once the application has registered the meta-object with
- * qmlRegisterUncreatableMetaObject().
+ * Scripts write `Battery.BatteryLevelLow` once the application has called registerHXCommonTypes().
  */
 namespace Battery {
 Q_NAMESPACE_EXPORT(HXCOMMON_EXPORT)
@@ -24,14 +23,14 @@ enum BatteryLevels : int {
 };
 Q_ENUM_NS(BatteryLevels)
 
-/// Charges, in percent, that separate the levels.
+/// Thresholds, in percent of charge.
 enum BatteryThresholds : int {
-    BatteryFullThreshold = 100, ///< Fully charged.
-    BatteryRechargeThreshold = 95, ///< Below it, a battery is recharged.
-    BatteryLowThreshold = 15, ///< Limit of BatteryLevelLow.
-    BatteryCriticalThreshold = 10, ///< Limit of BatteryLevelCritical.
-    BatteryFatalThreshold = 5, ///< Limit of BatteryLevelFatal.
-    LBPBatteryFatalThreshold = 3, ///< Limit of BatteryLevelFatal for LBP batteries.
+    BatteryFullThreshold = 100, ///< Full.
+    BatteryRechargeThreshold = 95, ///< Recharge.
+    BatteryLowThreshold = 15, ///< Low.
+    BatteryCriticalThreshold = 10, ///< Critical.
+    BatteryFatalThreshold = 5, ///< Fatal.
+    LBPBatteryFatalThreshold = 3, ///< Fatal for an LBP battery.
 };
 Q_ENUM_NS(BatteryThresholds)
 

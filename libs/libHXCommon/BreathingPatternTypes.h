@@ -8,8 +8,7 @@
 /**
  * Breathing pattern.
  *
- * Scripts write `BreathingPatternTypes.SeeSaw` once the application has registered the meta-object with
- * qmlRegisterUncreatableMetaObject().
+ * Scripts write `BreathingPatternTypes.SeeSaw` once the application has called registerHXCommonTypes().
  */
 namespace BreathingPatternTypes {
 Q_NAMESPACE_EXPORT(HXCOMMON_EXPORT)

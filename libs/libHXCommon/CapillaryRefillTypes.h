@@ -8,8 +8,7 @@
 /**
  * Capillary refill.
  *
- * Scripts write `CapillaryRefillTypes.Off` once the application has registered the meta-object with
- * qmlRegisterUncreatableMetaObject().
+ * Scripts write `CapillaryRefillTypes.Off` once the application has called registerHXCommonTypes().
  */
 namespace CapillaryRefillTypes {
 Q_NAMESPACE_EXPORT(HXCOMMON_EXPORT)

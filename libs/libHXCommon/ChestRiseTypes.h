@@ -8,8 +8,7 @@
 /**
  * Chest rise.
  *
- * Scripts write `ChestRiseTypes.Off` once the application has registered the meta-object with
- * qmlRegisterUncreatableMetaObject().
+ * Scripts write `ChestRiseTypes.Off` once the application has called registerHXCommonTypes().
  */
 namespace ChestRiseTypes {
 Q_NAMESPACE_EXPORT(HXCOMMON_EXPORT)

@@ -1,171 +1,122 @@
 #include "ECGLibrary.h"
 
-#include "ECGLibraryBuilder.h"
+#include "ECGRhythmTable.h"
 
 #include <QDebug>
 #include <QQmlEngine>
 #include <QSet>
 
-#include <algorithm>
+using namespace ECGRhythmTable;
 
 namespace {
 
-// Scripts can call a method only if its types are known by the names that its signature spells.
-[[maybe_unused]] const bool metaTypesRegistered = [] {
-    qRegisterMetaType<ECGConfig *>();
-    qRegisterMetaType<RC_GUI::RateTypes_t>();
-    qRegisterMetaType<RC_GUI::AVBlockRatios_t>();
-    qRegisterMetaType<RC_GUI::ExtraSystole::Types_t>();
-    qRegisterMetaType<RC_GUI::ExtraSystoleTypes_t>("RC_GUI::ExtraSystoleTypes_t");
-    return true;
-}();
+// Appends the rate type and the rate parameters of a rhythm.
+struct RateAppender {
+    ECGConfig *config;
 
-// Deliberate: 32-bit arithmetic that wraps. A heart rate more than 46340 away gets some other square and may
-// win or lose by it.
-qint32 squaredDifference(int a, int b)
-{
-    const quint32 difference = quint32(a) - quint32(b);
-    return qint32(difference * difference);
-}
-
-int valueAt(const QVariantList &values, int index)
-{
-    return values.value(index).toInt();
-}
-
-// The first of the indices 0..count-1 whose value is nearest to the heart rate, 0 if there is none.
-int nearestIndex(const QVariantList &values, int count, int heartRate)
-{
-    int nearest = 0;
-    qint32 best = 1000000000;
-    for (int i = 0; i < count; ++i) {
-        const qint32 square = squaredDifference(heartRate, valueAt(values, i));
-        if (square < best) {
-            best = square;
-            nearest = i;
-        }
+    void operator()(const Range &range) const
+    {
+        config->append(QStringLiteral("RateType"), RC_GUI::RateRange);
+        config->append(QStringLiteral("DefaultRate"), range.defaultRate);
+        config->append(QStringLiteral("RateMin"), range.min);
+        config->append(QStringLiteral("RateMax"), range.max);
     }
-    return nearest;
+
+    void operator()(const Fixed &fixed) const
+    {
+        config->append(QStringLiteral("RateType"), RC_GUI::RateFixed);
+        config->append(QStringLiteral("FixedRate"), fixed.rate);
+    }
+
+    void operator()(const Discrete &discrete) const
+    {
+        config->append(QStringLiteral("RateType"), RC_GUI::RateDiscrete);
+        config->append(QStringLiteral("DefaultRate"), discrete.defaultRate);
+        config->append(QStringLiteral("Rates"), QVariantList(discrete.rates.begin(), discrete.rates.end()));
+    }
+
+    void operator()(const Ratios &ratios) const
+    {
+        QVariantList values;
+        QStringList texts;
+        QVariantList heartRates;
+        for (const Ratio &ratio : ratios.ratios) {
+            values << ratio.value;
+            texts << QString::fromLatin1(ratio.text);
+            heartRates << ratio.heartRate;
+        }
+        config->append(QStringLiteral("RateType"), RC_GUI::RateAVBlockRatio);
+        config->append(QStringLiteral("DefaultRatio"), ratios.defaultRatio);
+        config->append(QStringLiteral("Ratios"), values);
+        config->append(QStringLiteral("RatioTexts"), texts);
+        config->append(QStringLiteral("RatioHR"), heartRates);
+    }
+
+    void operator()(const Amplitude &amplitude) const
+    {
+        config->append(QStringLiteral("RateType"), RC_GUI::RateNone);
+        config->append(QStringLiteral("DefaultAmplitude"), amplitude.defaultAmplitude);
+        config->append(QStringLiteral("AmplitudeMin"), amplitude.min);
+        config->append(QStringLiteral("AmplitudeMax"), amplitude.max);
+    }
+};
+
+ECGConfig *makeConfig(const Rhythm &rhythm)
+{
+    auto *config = new ECGConfig(nullptr);
+    config->setRhythm(rhythm.id);
+    config->append(QStringLiteral("RhythmTypeName"), QString::fromLatin1(rhythm.name));
+    std::visit(RateAppender{config}, rhythm.rate);
+    if (rhythm.extraSystoles.size() != 0)
+        config->append(QStringLiteral("ExtraSystoles"),
+                       QVariantList(rhythm.extraSystoles.begin(), rhythm.extraSystoles.end()));
+    config->append(QStringLiteral("MaxBPSys"), rhythm.systolicMax);
+    config->append(QStringLiteral("MaxBPDia"), rhythm.diastolicMax);
+    return config;
+}
+
+ECGLibrary *makeLibrary()
+{
+    auto *library = new ECGLibrary(nullptr);
+    QQmlEngine::setObjectOwnership(library, QQmlEngine::CppOwnership); // a script engine must not delete it
+    return library;
+}
+
+void setLimits(ECGConfig *config, const Limits &limits)
+{
+    if (limits.min)
+        config->append(QStringLiteral("RateMin"), *limits.min);
+    if (limits.max)
+        config->append(QStringLiteral("RateMax"), *limits.max);
+}
+
+ECGLibrary *makeDefaultLibrary()
+{
+    ECGLibrary *library = makeLibrary();
+    for (const Rhythm &rhythm : rhythms)
+        library->insert(makeConfig(rhythm));
+    return library;
+}
+
+ECGLibrary *copyOf(const ECGLibrary &original)
+{
+    ECGLibrary *library = makeLibrary();
+    for (const ECGConfig *config : original.configs())
+        library->insert(new ECGConfig(*config, nullptr));
+    return library;
+}
+
+ECGLibrary *adaptedCopyOf(const ECGLibrary &original, Limits AgeAdaptation::*age)
+{
+    ECGLibrary *library = copyOf(original);
+    for (const AgeAdaptation &adaptation : ageAdaptations)
+        for (const int rhythm : adaptation.rhythms)
+            if (ECGConfig *config = library->getECGConfig(rhythm))
+                setLimits(config, adaptation.*age);
+    return library;
 }
 
 } // namespace
-
-ECGConfig::ECGConfig(QObject *parent) : QObject(parent) { }
-
-ECGConfig::ECGConfig(const ECGConfig &other, QObject *parent)
-    : QObject(parent), m_rhythm(other.m_rhythm), m_params(other.m_params)
-{
-}
-
-void ECGConfig::append(const QString &key, const QVariant &value)
-{
-    m_params.insert(key, value);
-}
-
-QVariant ECGConfig::getParam(const QString &a_ParamName) const
-{
-    return m_params.value(a_ParamName);
-}
-
-int ECGConfig::getParamValueAsInt(const QString &a_ParamName) const
-{
-    bool isNumber = false;
-    const int value = getParam(a_ParamName).toInt(&isNumber);
-    return isNumber ? value : -1;
-}
-
-QVariantList ECGConfig::list(const QString &key) const
-{
-    return getParam(key).value<QVariantList>(); // unlike toList(), takes a QList<int>, too
-}
-
-QString ECGConfig::getRhythmTypeName() const
-{
-    return getParam(QStringLiteral("RhythmTypeName")).toString();
-}
-
-RC_GUI::RateTypes_t ECGConfig::getRateType() const
-{
-    return RC_GUI::RateTypes_t(getParamValueAsInt(QStringLiteral("RateType")));
-}
-
-int ECGConfig::getDefaultHeartRate() const
-{
-    return getParamValueAsInt(QStringLiteral("DefaultRate"));
-}
-
-int ECGConfig::getHeartRateMin() const
-{
-    return getParamValueAsInt(QStringLiteral("RateMin"));
-}
-
-int ECGConfig::getHeartRateMax() const
-{
-    return getParamValueAsInt(QStringLiteral("RateMax"));
-}
-
-int ECGConfig::getFixedHeartRate() const
-{
-    return getParamValueAsInt(QStringLiteral("FixedRate"));
-}
-
-int ECGConfig::getSystolicBloodPressureMax() const
-{
-    return getParamValueAsInt(QStringLiteral("MaxBPSys"));
-}
-
-int ECGConfig::getDiastolicBloodPressureMax() const
-{
-    return getParamValueAsInt(QStringLiteral("MaxBPDia"));
-}
-
-int ECGConfig::validateHeartRate(int a_HeartRate)
-{
-    switch (getRateType()) {
-    case RC_GUI::RateRange:
-        // Deliberate: no std::clamp. The upper bound is applied last and wins when the bounds are reversed.
-        return std::min(getHeartRateMax(), std::max(a_HeartRate, getHeartRateMin()));
-    case RC_GUI::RateFixed:
-        return getFixedHeartRate();
-    case RC_GUI::RateDiscrete: {
-        const QVariantList rates = list(QStringLiteral("Rates"));
-        return valueAt(rates, nearestIndex(rates, rates.size(), a_HeartRate));
-    }
-    case RC_GUI::RateAVBlockRatio:
-        return valueAt(list(QStringLiteral("RatioHR")), nearestRatio(a_HeartRate));
-    case RC_GUI::RateNone:
-        return 0;
-    }
-    return a_HeartRate;
-}
-
-RC_GUI::AVBlockRatios_t ECGConfig::getRatioForHeartRate(int a_HeartRate) const
-{
-    if (getRateType() != RC_GUI::RateAVBlockRatio)
-        return RC_GUI::AVBlockRatios_t(-1);
-    return RC_GUI::AVBlockRatios_t(valueAt(list(QStringLiteral("Ratios")), nearestRatio(a_HeartRate)));
-}
-
-int ECGConfig::nearestRatio(int heartRate) const
-{
-    // Deliberate: the count comes from "Ratios", the values from "RatioHR". A missing value reads as 0.
-    return nearestIndex(list(QStringLiteral("RatioHR")), list(QStringLiteral("Ratios")).size(), heartRate);
-}
-
-bool ECGConfig::canHaveExtrasystoles() const
-{
-    return !list(QStringLiteral("ExtraSystoles")).isEmpty();
-}
-
-bool ECGConfig::isExtraSystoleAllowed(RC_GUI::ExtraSystoleTypes_t a_ExtraSystoleType) const
-{
-    if (a_ExtraSystoleType == RC_GUI::ExtraSystole::NoExtraSystole)
-        return true;
-    const QVariantList allowed = list(QStringLiteral("ExtraSystoles"));
-    return std::any_of(allowed.begin(), allowed.end(), [a_ExtraSystoleType](const QVariant &type) {
-        return type.toInt() == a_ExtraSystoleType;
-    });
-}
 
 ECGLibrary *ECGLibrary::m_DefaultECGLibrary = nullptr;
 ECGLibrary *ECGLibrary::m_ChildECGLibrary = nullptr;
@@ -200,28 +151,28 @@ ECGConfig *ECGLibrary::getECGConfig(int a_RhythmType) const
 ECGLibrary *ECGLibrary::getDefaultECGLibrary()
 {
     if (!m_DefaultECGLibrary)
-        m_DefaultECGLibrary = ECGLibraryBuilder::buildDefault();
+        m_DefaultECGLibrary = makeDefaultLibrary();
     return m_DefaultECGLibrary;
 }
 
 ECGLibrary *ECGLibrary::getChildECGLibrary()
 {
     if (!m_ChildECGLibrary)
-        m_ChildECGLibrary = ECGLibraryBuilder::buildChild();
+        m_ChildECGLibrary = copyOf(*getDefaultECGLibrary());
     return m_ChildECGLibrary;
 }
 
 ECGLibrary *ECGLibrary::getInfantECGLibrary()
 {
     if (!m_InfantECGLibrary)
-        m_InfantECGLibrary = ECGLibraryBuilder::buildInfant();
+        m_InfantECGLibrary = adaptedCopyOf(*getDefaultECGLibrary(), &AgeAdaptation::infant);
     return m_InfantECGLibrary;
 }
 
 ECGLibrary *ECGLibrary::getBabyECGLibrary()
 {
     if (!m_BabyECGLibrary)
-        m_BabyECGLibrary = ECGLibraryBuilder::buildBaby();
+        m_BabyECGLibrary = adaptedCopyOf(*getDefaultECGLibrary(), &AgeAdaptation::baby);
     return m_BabyECGLibrary;
 }
 

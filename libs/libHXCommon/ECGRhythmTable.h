@@ -1,13 +1,19 @@
 #ifndef ECGRHYTHMTABLE_H
 #define ECGRHYTHMTABLE_H
 
+#include "RC_GUI.h"
+
 #include <array>
 #include <initializer_list>
 #include <optional>
 #include <variant>
 
-// What ECGLibrary.cpp builds the rhythm libraries from. Heart rates in beats/min, pressures in mmHg.
+// The rhythms, and what each age changes about them. Heart rates in beats/min, pressures in mmHg. The
+// compiler refuses a row that is incomplete or contradicts another; see the end of the file.
 namespace ECGRhythmTable {
+
+using namespace RC_GUI;
+using namespace RC_GUI::ExtraSystole;
 
 // How the heart rate of a rhythm is chosen: one type for each rate type.
 struct Range {
@@ -21,19 +27,19 @@ struct Discrete {
     std::array<int, 3> rates;
 };
 struct Ratio {
-    int value;
+    AVBlockRatios_t value;
     const char *text;
     int heartRate;
 };
 struct Ratios {
-    int defaultRatio;
+    AVBlockRatios_t defaultRatio;
     std::array<Ratio, 3> ratios;
 };
 struct Amplitude {
     int defaultAmplitude, min, max;
 };
 
-using ExtraSystoles = std::initializer_list<int>;
+using ExtraSystoles = std::initializer_list<ExtraSystoleTypes_t>;
 
 struct Rhythm {
     int id;
@@ -44,11 +50,15 @@ struct Rhythm {
 };
 
 constexpr ExtraSystoles none = {};
-constexpr ExtraSystoles e1 = {0, 2, 3, 6, 4};
-constexpr ExtraSystoles e2 = {0, 3, 6, 4};
+constexpr ExtraSystoles e1 = {NoExtraSystole, ExtraSystoleType2, ExtraSystoleType3, ExtraSystoleType6,
+                              ExtraSystoleType4};
+constexpr ExtraSystoles e2 = {NoExtraSystole, ExtraSystoleType3, ExtraSystoleType6, ExtraSystoleType4};
 
 // Deliberate: the spelling of the names, the gaps and the order of the ids, and the name that 201 and 212
 // share are part of the interface.
+//
+// Columns: id, name, rate (a range: default, lowest, highest), extrasystoles that may be added, highest
+// systolic pressure, highest diastolic pressure.
 // clang-format off
 constexpr Rhythm rhythms[] = {
     {  7, "sinus",                          Range{80, 20, 200},   e1,   300, 200},
@@ -64,8 +74,10 @@ constexpr Rhythm rhythms[] = {
     {113, "aFib",                           Range{160, 50, 240},  none, 300, 200},
     {120, "junctionalRhythm",               Range{50, 40, 220},   none, 300, 200},
     {156, "avBlock1",                       Range{80, 20, 135},   e1,   300, 200},
-    {166, "avBlock2I",  Ratios{1, {{{2, "3:2", 50}, {1, "4:3", 60}, {0, "5:4", 65}}}}, e2, 300, 200},
-    {169, "avBlock2II", Ratios{3, {{{5, "2:1", 40}, {4, "3:2", 55}, {3, "4:3", 60}}}}, e2, 300, 200},
+    {166, "avBlock2I",  Ratios{AVBlock2I_4_3, {{{AVBlock2I_3_2, "3:2", 50}, {AVBlock2I_4_3, "4:3", 60},
+                                                {AVBlock2I_5_4, "5:4", 65}}}}, e2, 300, 200},
+    {169, "avBlock2II", Ratios{AVBlock2II_4_3, {{{AVBlock2II_2_1, "2:1", 40}, {AVBlock2II_3_2, "3:2", 55},
+                                                 {AVBlock2II_4_3, "4:3", 60}}}}, e2, 300, 200},
     {172, "avBlock3",                       Range{40, 10, 50},    none, 300, 200},
     {132, "asystoleIdioventricular",        Range{80, 10, 100},   none, 300, 200},
     {138, "vt",                             Range{180, 120, 240}, none, 300, 200},
@@ -102,6 +114,8 @@ struct AgeAdaptation {
 constexpr std::nullopt_t unchanged = std::nullopt;
 
 // Deliberate: default rates are the adults' at every age, and the rhythms from 204 on are not adapted.
+//
+// Columns: ids, {lowest, highest} rate of infants, {lowest, highest} rate of babies.
 // clang-format off
 constexpr AgeAdaptation ageAdaptations[] = {
     {{138},                               {unchanged, 320}, {120, 320}},
@@ -111,6 +125,51 @@ constexpr AgeAdaptation ageAdaptations[] = {
     {{172},                               {20, 100},        {20, 100}},
 };
 // clang-format on
+
+// ---- what the compiler checks
+
+constexpr bool isSound(const Range &range, const Limits &age = {})
+{
+    return age.min.value_or(range.min) <= range.defaultRate
+        && range.defaultRate <= age.max.value_or(range.max);
+}
+
+constexpr bool isSound(const Rhythm &rhythm)
+{
+    int sameId = 0;
+    for (const Rhythm &other : rhythms)
+        sameId += other.id == rhythm.id ? 1 : 0;
+    const auto *const range = std::get_if<Range>(&rhythm.rate);
+    const auto *const discrete = std::get_if<Discrete>(&rhythm.rate);
+    const auto *const ratios = std::get_if<Ratios>(&rhythm.rate);
+    // A list that is too short ends with zeros.
+    return sameId == 1 && (!range || isSound(*range)) && (!discrete || discrete->rates.back() > 0)
+        && (!ratios || ratios->ratios.back().heartRate > 0);
+}
+
+constexpr bool isSound(const AgeAdaptation &adaptation)
+{
+    for (const int id : adaptation.rhythms) {
+        const Range *range = nullptr;
+        for (const Rhythm &rhythm : rhythms)
+            range = rhythm.id == id ? std::get_if<Range>(&rhythm.rate) : range;
+        if (!range || !isSound(*range, adaptation.infant) || !isSound(*range, adaptation.baby))
+            return false;
+    }
+    return true;
+}
+
+template <typename Row, std::size_t count> constexpr bool areSound(const Row (&rows)[count])
+{
+    bool result = true;
+    for (const Row &row : rows)
+        result = result && isSound(row);
+    return result;
+}
+
+static_assert(areSound(rhythms), "an id twice, a list too short, or a default rate outside its range");
+static_assert(areSound(ageAdaptations),
+              "no such rhythm, one without a range, or its default rate is outside");
 
 } // namespace ECGRhythmTable
 

@@ -8,8 +8,7 @@
 /**
  * Size of the liver.
  *
- * Scripts write `EnlargedLiverTypes.Off` once the application has registered the meta-object with
- * qmlRegisterUncreatableMetaObject().
+ * Scripts write `EnlargedLiverTypes.Off` once the application has called registerHXCommonTypes().
  */
 namespace EnlargedLiverTypes {
 Q_NAMESPACE_EXPORT(HXCOMMON_EXPORT)

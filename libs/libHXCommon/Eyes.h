@@ -8,8 +8,7 @@
 /**
  * Pupils, eyelids and reactions of the eyes.
  *
- * Scripts write `Eyes.PupilSizeSmall` once the application has registered the meta-object with
- * qmlRegisterUncreatableMetaObject().
+ * Scripts write `Eyes.PupilSizeSmall` once the application has called registerHXCommonTypes().
  */
 namespace Eyes {
 Q_NAMESPACE_EXPORT(HXCOMMON_EXPORT)

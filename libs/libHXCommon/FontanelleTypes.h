@@ -8,8 +8,7 @@
 /**
  * Fontanelle of an infant.
  *
- * Scripts write `FontanelleTypes.Off` once the application has registered the meta-object with
- * qmlRegisterUncreatableMetaObject().
+ * Scripts write `FontanelleTypes.Off` once the application has called registerHXCommonTypes().
  */
 namespace FontanelleTypes {
 Q_NAMESPACE_EXPORT(HXCOMMON_EXPORT)

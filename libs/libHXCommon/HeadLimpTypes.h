@@ -8,8 +8,7 @@
 /**
  * Muscle tone of the neck.
  *
- * Scripts write `HeadLimpTypes.Stiff` once the application has registered the meta-object with
- * qmlRegisterUncreatableMetaObject().
+ * Scripts write `HeadLimpTypes.Stiff` once the application has called registerHXCommonTypes().
  */
 namespace HeadLimpTypes {
 Q_NAMESPACE_EXPORT(HXCOMMON_EXPORT)

@@ -8,8 +8,7 @@
 /**
  * Seizure of the head.
  *
- * Scripts write `HeadSeizureTypes.Off` once the application has registered the meta-object with
- * qmlRegisterUncreatableMetaObject().
+ * Scripts write `HeadSeizureTypes.Off` once the application has called registerHXCommonTypes().
  */
 namespace HeadSeizureTypes {
 Q_NAMESPACE_EXPORT(HXCOMMON_EXPORT)

@@ -8,8 +8,7 @@
 /**
  * Tilt of the head.
  *
- * Scripts write `HeadTiltStateTypes.OpenAirway` once the application has registered the meta-object with
- * qmlRegisterUncreatableMetaObject().
+ * Scripts write `HeadTiltStateTypes.OpenAirway` once the application has called registerHXCommonTypes().
  */
 namespace HeadTiltStateTypes {
 Q_NAMESPACE_EXPORT(HXCOMMON_EXPORT)

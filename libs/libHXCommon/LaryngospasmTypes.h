@@ -8,8 +8,7 @@
 /**
  * Laryngospasm.
  *
- * Scripts write `LaryngospasmTypes.Off` once the application has registered the meta-object with
- * qmlRegisterUncreatableMetaObject().
+ * Scripts write `LaryngospasmTypes.Off` once the application has called registerHXCommonTypes().
  */
 namespace LaryngospasmTypes {
 Q_NAMESPACE_EXPORT(HXCOMMON_EXPORT)

@@ -8,20 +8,19 @@
 /**
  * Compliance of a lung.
  *
- * Scripts write `LungComplianceTypes.Zero` once the application has registered the meta-object with
- * qmlRegisterUncreatableMetaObject().
+ * Scripts write `LungComplianceTypes.Zero` once the application has called registerHXCommonTypes().
  */
 namespace LungComplianceTypes {
 Q_NAMESPACE_EXPORT(HXCOMMON_EXPORT)
 
-// Deliberate: not in numeric order; scripts list the keys in this one.
-/// Compliance in percent of normal.
+// Deliberate: not in numeric order. Scripts that list the keys see them as they are declared.
+/// Compliance in percent.
 enum lungCompliance_t : int {
-    Zero = 0, ///< None.
+    Zero = 0, ///< 0 %.
     SixtySeven = 67, ///< 67 %.
     Fifty = 50, ///< 50 %.
     ThirtyThree = 33, ///< 33 %.
-    Hundred = 100, ///< Normal.
+    Hundred = 100, ///< 100 %.
 };
 Q_ENUM_NS(lungCompliance_t)
 } // namespace LungComplianceTypes

@@ -8,8 +8,7 @@
 /**
  * Movement of the body.
  *
- * Scripts write `MovementTypes.HealthyMuscleTone` once the application has registered the meta-object with
- * qmlRegisterUncreatableMetaObject().
+ * Scripts write `MovementTypes.HealthyMuscleTone` once the application has called registerHXCommonTypes().
  */
 namespace MovementTypes {
 Q_NAMESPACE_EXPORT(HXCOMMON_EXPORT)

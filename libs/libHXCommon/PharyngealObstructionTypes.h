@@ -8,8 +8,7 @@
 /**
  * Obstruction of the pharynx.
  *
- * Scripts write `PharyngealObstructionTypes.Off` once the application has registered the meta-object with
- * qmlRegisterUncreatableMetaObject().
+ * Scripts write `PharyngealObstructionTypes.Off` once the application has called registerHXCommonTypes().
  */
 namespace PharyngealObstructionTypes {
 Q_NAMESPACE_EXPORT(HXCOMMON_EXPORT)

@@ -20,8 +20,7 @@
 /**
  * Identification of devices: what they report over USB and Bluetooth, and which product a manikin is.
  *
- * Scripts write `Product.PRODUCT_UNKNOWN` once the application has registered the meta-object with
- * qmlRegisterUncreatableMetaObject().
+ * Scripts write `Product.PRODUCT_UNKNOWN` once the application has called registerHXCommonTypes().
  *
  * @code
  * using namespace BM_HXCommon;

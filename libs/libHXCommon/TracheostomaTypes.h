@@ -8,8 +8,7 @@
 /**
  * Tracheostoma.
  *
- * Scripts write `TracheostomaTypes.Closed` once the application has registered the meta-object with
- * qmlRegisterUncreatableMetaObject().
+ * Scripts write `TracheostomaTypes.Closed` once the application has called registerHXCommonTypes().
  */
 namespace TracheostomaTypes {
 Q_NAMESPACE_EXPORT(HXCOMMON_EXPORT)

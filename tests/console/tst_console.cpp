@@ -5,8 +5,12 @@
 #include <AppConfig.h>
 #include <RunGuard.h>
 
+#include <QAccessible>
+#include <QClipboard>
+#include <QGuiApplication>
 #include <QQmlContext>
 #include <QQuickStyle>
+#include <QQuickWindow>
 #include <QtQuickTest>
 
 #include <utility>
@@ -22,6 +26,17 @@ static void handleMessage(QtMsgType type, const QMessageLogContext &context, con
     libraryHandler(type, context, message);
 }
 
+// What can have the focus, but has no name for assistive technology.
+static void findUnnamed(QAccessibleInterface *item, QStringList &found)
+{
+    if (item->state().invisible)
+        return;
+    if (item->state().focusable && item->text(QAccessible::Name).isEmpty())
+        found << item->object()->objectName() + text(" ") + text(item->object()->metaObject()->className());
+    for (int i = 0; i < item->childCount(); ++i)
+        findUnnamed(item->child(i), found);
+}
+
 class Setup : public QObject {
     Q_OBJECT
 
@@ -35,6 +50,15 @@ public:
     /// The warnings since the last call that are none of the library's own.
     Q_INVOKABLE QStringList takeWarnings() const { return std::exchange(warnings, QStringList()); }
 
+    Q_INVOKABLE QStringList unnamed(QQuickWindow *window) const
+    {
+        QStringList found;
+        findUnnamed(QAccessible::queryAccessibleInterface(window), found);
+        return found;
+    }
+
+    Q_INVOKABLE QString clipboard() const { return QGuiApplication::clipboard()->text(); }
+
 public Q_SLOTS:
     void applicationAvailable()
     {
@@ -46,6 +70,7 @@ public Q_SLOTS:
         libraryHandler = qInstallMessageHandler(&handleMessage);
         (new RunGuard(text(guardName), this))->tryToRun();
         registerConsoleTypes();
+        QAccessible::setActive(true);
         QQuickStyle::setStyle(text("Default"));
     }
 

@@ -28,6 +28,7 @@ TestCase {
             waitForItemPolished(item);
         mouseClick(find(...names));
     }
+    function clickAt(slider, part) { mouseClick(slider, slider.leftPadding + part * slider.availableWidth, slider.height / 2); }
     function chooseRhythm(id) {
         const combo = find("rhythm");
         combo.activated(combo.currentIndex = combo.indexOfValue(id));
@@ -37,84 +38,136 @@ TestCase {
         return (accept(item) ? [item] : []).concat(...below);
     }
     function controls() {
-        const types = [Button, Switch, CheckBox, ItemDelegate, Slider, ComboBox, SpinBox, Dial];
+        const types = [Button, Switch, CheckBox, Slider, ComboBox, SpinBox, Dial, TextField];
         return visibleItems(window.contentItem, item => item.enabled && types.some(type => item instanceof type));
     }
-    function pages() { return window.pages.map((page, i) => ({ tag: page, index: i })); }
 
     function test_patient_data() {
         return [
-            { tag: "range", age: "adult", id: 7, least: 20, most: 200, systolic: 300, extra: [1, 1, 1, 1, 1] },
-            { tag: "range of a baby", age: "baby", id: 7, least: 20, most: 240, systolic: 300, extra: [1, 1, 1, 1, 1] },
-            { tag: "discrete", age: "adult", id: 103, least: 75, most: 150, systolic: 300, extra: [1, 0, 0, 0, 0], choose: ["100", 100] },
-            { tag: "ratios", age: "child", id: 166, least: 50, most: 65, systolic: 300, extra: [1, 0, 1, 1, 1], choose: ["4:3", 60] },
-            { tag: "asystole", age: "adult", id: 149, least: 0, most: 0, systolic: 0, extra: [1, 0, 0, 0, 0] },
+            { tag: "range", age: "Adult", id: 7, least: 20, most: 200, marked: [20, 200], systolic: 300, extra: [1, 1, 1, 1, 1] },
+            { tag: "range of a baby", age: "Baby", id: 7, least: 20, most: 240, marked: [20, 240], systolic: 300, extra: [1, 1, 1, 1, 1] },
+            { tag: "discrete", age: "Adult", id: 103, least: 75, most: 150, marked: [75, 150], systolic: 300, extra: [1, 0, 0, 0, 0], choose: ["100", 100] },
+            { tag: "ratios", age: "Child", id: 166, least: 50, most: 65, marked: [50, 65], systolic: 300, extra: [1, 0, 1, 1, 1], choose: ["4:3", 60] },
+            { tag: "asystole", age: "Adult", id: 149, least: 0, most: 0, marked: [0, 0], systolic: 0, extra: [1, 0, 0, 0, 0] },
         ];
     }
     function test_patient(row) {
         ["Patient", row.age].forEach(name => click(name));
-        const slider = find("Heart rate"), trace = find("trace");
+        const slider = find("Heart rate"), trace = find("trace"), systolic = find("Systolic");
         chooseRhythm(row.id);
-        mouseClick(slider, slider.width - 8, slider.height / 2);
+        compare([slider.parent.least, slider.parent.most], row.marked);
+        clickAt(slider, 0.99);
         compare([slider.value, trace.rate], [row.most, row.most]);
-        mouseClick(slider, 8, slider.height / 2);
+        clickAt(slider, 0.01);
         compare([slider.value, trace.rate], [row.least, row.least]);
         row.choose && click("rates", row.choose[0]);
         compare(slider.value, row.choose ? row.choose[1] : row.least);
-        compare(find("Systolic").to, row.systolic);
+        compare([systolic.parent.most, systolic.value], [row.systolic, Math.min(row.systolic, 120)]);
         compare(["None", "Type 2", "Type 3", "Type 4", "Type 6"].map(name => Number(find("extraSystoles", name).enabled)), row.extra);
     }
     function test_patientLives() {
         click("Patient");
-        const trace = find("trace"), years = find("years"), time = trace.time, skin = find("skin"), color = String(skin.color);
-        tryVerify(() => trace.time > time);
-        years.value = 1;
-        mouseClick(years, years.width - 8, years.height / 2);
-        verify(find("infant").highlighted);
+        const trace = find("trace"), years = find("years"), moved = trace.moved, skin = find("skin"), color = String(skin.color);
+        const systolic = find("Systolic"), diastolic = find("Diastolic");
+        tryVerify(() => trace.moved > moved);
+        for (const [age, expected] of [["Baby", 0], ["Child", 7], ["Adult", 30]]) {
+            click(age);
+            compare(years.value, expected);
+        }
+        years.value = 2;
+        mouseClick(years, years.width - 8, years.height / 2); // 3 years
+        verify(find("Child").highlighted && !find("Adult").highlighted);
         chooseRhythm(146);
-        verify(find("Amplitude").visible && trace.amplitude > 0);
+        verify(find("Amplitude").visible && trace.amplitude > 0 && trace.turn.chaos);
+        chooseRhythm(7);
+        clickAt(diastolic, 0.55);
+        compare([systolic.value, diastolic.value], [120, 120]);
+        verify(find("Diastolic reading").text.includes("(asked: "));
+        clickAt(systolic, 0.99);
+        verify(diastolic.value > 150 && !find("Diastolic reading").text.includes("asked"));
         click("cyanosis");
         verify(String(skin.color) !== color);
     }
-    function test_manikin() {
-        click("Manikin");
-        const type = find("manikinType");
-        for (const texts of [["Model 19", "PRODUCT_MODEL_19"], ["Model 60", "No product"]]) {
-            type.value = texts[1] === "No product" ? 39 : 30;
-            mouseClick(type, type.width - 8, type.height / 2);
-            compare([find("manikin").text, find("product").text], texts);
-        }
-        find("types").positionViewAtBeginning();
-        ["Battery", "BatteryLevelCritical"].forEach(name => click(name));
-        compare(find("BatteryLevelCritical").parent.value, Battery.BatteryLevelCritical);
+    function test_trace_data() { // waves of a turn: P, narrow and wide beats, spikes of a pacer
+        return [
+            { tag: "regular", id: 7, waves: [8, 8, 0, 0] }, { tag: "extrasystoles", id: 7, extra: "Type 2", waves: [6, 6, 2, 0] },
+            { tag: "fibrillation", id: 113, waves: [0, 16, 0, 0], irregular: true }, { tag: "ventricular", id: 138, waves: [0, 0, 18, 0] },
+            { tag: "type I 4:3", id: 166, waves: [8, 6, 0, 0], irregular: true }, { tag: "third degree", id: 172, waves: [9, 0, 4, 0] },
+            { tag: "type II 2:1", id: 169, ratio: "2:1", waves: [8, 4, 0, 0] }, { tag: "standstill", id: 148, waves: [8, 0, 0, 0] },
+            { tag: "asystole", id: 149, waves: [0, 0, 0, 0] }, { tag: "pacer", id: 210, waves: [8, 0, 8, 16] },
+            { tag: "pacer that fails", id: 211, waves: [0, 0, 6, 9], irregular: true },
+        ];
     }
-    function counter(row, column) { return Number(find("counter" + (5 * row + column)).text); }
+    function test_trace(row) {
+        ["Patient", "Adult"].forEach(name => click(name));
+        chooseRhythm(row.id);
+        row.ratio && click("rates", row.ratio);
+        click("extraSystoles", row.extra || "None");
+        const waves = find("trace").turn.waves, at = waves.filter(wave => wave.wave === "narrow" || wave.wave === "wide").map(wave => wave.at);
+        compare(["P", "narrow", "wide", "spike"].map(name => waves.filter(wave => wave.wave === name).length), row.waves);
+        if (!row.extra)
+            compare(at.some((time, i) => i > 1 && Math.abs(time - 2 * at[i - 1] + at[i - 2]) > 0.01), row.irregular === true);
+    }
+    function test_manikin() {
+        SimulatedManikin.noise = 0;
+        click("Manikin");
+        const type = find("manikinType"), names = find("manikin");
+        for (const texts of [["Model 19", "PRODUCT_MODEL_19"], ["Model 60", "No product"]]) {
+            type.contentItem.forceActiveFocus();
+            type.contentItem.selectAll();
+            Array.from(texts[1] === "No product" ? "40" : "31").concat(Qt.Key_Return).forEach(key => keyClick(key));
+            compare([names.displayText, find("product").text], texts);
+        }
+        names.activated(names.currentIndex = names.indexOfValue(1));
+        compare(type.value, 1);
+        find("types").positionViewAtBeginning();
+        click("AirwayBlockageTypes");
+        keyClick(Qt.Key_Down);
+        const state = find("BatteryLevelCritical");
+        compare([state.text, state.hint], ["Battery level critical", "BatteryLevelCritical = 2"]);
+        click("BatteryLevelCritical");
+        verify(state.highlighted);
+        click("Link");
+        tryVerify(() => find("frames").model.some(row => row[2].text.startsWith("Model 21: Battery.BatteryLevels = 2 ")));
+    }
+    function counter(row, column) { return parseFloat(find("counter" + (6 * row + column)).text); }
     function test_link() {
         click("Link");
         tryVerify(() => counter(1, 2) > 0);
         click("running");
         tryVerify(() => { const last = SimulatedManikin.state().counters[2]; return counter(1, 1) === last && counter(1, 2) === last; });
-        const sent = counter(1, 1), received = counter(1, 2);
+        click("reset");
+        compare([1, 2, 3, 4, 5].map(column => counter(1, column) + counter(2, column)), [0, 0, 0, 0, 0]);
         click("send");
-        tryVerify(() => counter(1, 2) === received + 1 && find("report").text.endsWith(" " + (sent + 1)));
-        verify(find("frames").model[0][2].match(/^00( [0-9a-f]{2})+ 00$/));
+        tryVerify(() => counter(1, 2) === 1 && /^Model 21: \d+ beats\/min \(message \d+\)$/.test(find("report").text));
+        const frames = find("frames");
+        verify(frames.model.length === 2 && frames.model[0][3].text.match(/^00( [0-9a-f]{2})+ 00$/));
+        click("copy");
+        compare(setup.clipboard().split("\n"), [frames.model[1][3].text, frames.model[0][3].text]);
         find("noise").forceActiveFocus();
         keyClick(Qt.Key_End);
         compare(SimulatedManikin.noise, 10);
         tryVerify(() => { click("send"); return counter(1, 3) > 0 && counter(2, 3) > 0 && counter(1, 4) + counter(2, 4) > 0; }, 60000);
+        verify(counter(1, 5) > 0 && SimulatedManikin.state().frames.some(frame => !frame.intact && frame.changed.length > 0));
+        const bad = frames.model.find(row => row[2].text === "CRC error");
+        verify(bad[2].color === Theme.bad && bad[3].text.includes("<u>"));
         click("running");
     }
     function test_services() {
         click("Services");
-        const status = find("account", "status"), url = find("account", "url");
-        for (const [button, text] of [["Fails", "Failed"], ["Answers", "Success"], ["Stays silent", "Failed"], ["Answers", "Success"]]) {
+        const status = find("account", "status"), url = find("account", "url"), detail = find("account", "detail");
+        for (const [button, text, reason] of [["Fails", "Failed", "HTTP 503 Service Unavailable"], ["Answers", "Success", "after "],
+                                              ["Stays silent", "Failed", "no answer in time"], ["Answers", "Success", "after "]]) {
             click(button);
-            tryCompare(status, "text", text, 10000);
+            tryVerify(() => status.text === text && detail.text.includes(reason), 10000);
         }
         click("us");
         verify(url.text.includes("127.0.0.1") && url.text.includes("account.us.example.com"));
+        compare(status.text, "Not checked yet");
+        tryCompare(status, "text", "Success", 10000);
         click("offline"); // and nothing is sent
-        tryCompare(status, "text", "Failed", 10000);
+        compare(status.text, "Failed");
+        tryVerify(() => detail.text.includes("off-line test"));
         click("staging");
         compare(url.text, "https://account.staging.example.com/api/v1/health");
         click("loopback");
@@ -123,55 +176,76 @@ TestCase {
     }
     function test_system() {
         click("System");
-        const isLogged = () => find("log").model.some(row => row[0].includes("sent message"));
+        const log = find("log"), isLogged = () => log.model.some(row => row[0].includes("sent message"));
         verify(!isLogged());
         click("Olvex.Console.Link", "level0");
         tryVerify(isLogged);
+        click("pause");
+        find("search").text = "SENT message";
+        verify(log.model.length > 0 && log.model.every(row => row[0].includes("sent message")));
+        compare(System.categories().find(category => category.name === "Olvex.AppConfig").description, "command line, directories, settings, exit");
         click("guard");
         compare(find("answer").text, "Refused: this one runs");
+        window.width = 1100;
         click("store");
         const facts = find("facts").model.map(row => row.join(" "));
-        verify(facts.includes("Window/page 4") && facts.includes("Window/width 1024"));
-    }
-    function test_keyboard_data() { return pages(); }
-    function test_keyboard(page) {
-        keyClick(Qt.Key_1 + page.index, Qt.ControlModifier);
-        compare(System.page, page.index);
-        const missed = new Set(controls());
-        for (let i = 0; i < 100; ++i) {
-            keyClick(Qt.Key_Tab);
-            missed.delete(window.activeFocusItem);
-            missed.delete(window.activeFocusItem.parent); // the text of a spin box has the focus
-        }
-        compare([...missed].map(item => item.objectName), []);
+        verify(facts.includes("Window/page 4 4") && facts.includes("Window/width 1100 1100") && facts.includes("System/Environment - loopback"));
+        verify(find("directories").model.some(row => row[0] === "configuration" && row[1].text === "writable"));
     }
     function contrast(one, other) {
         const linear = c => c <= 0.03928 ? c / 12.92 : Math.pow((c + 0.055) / 1.055, 2.4);
         const [a, b] = [one, other].map(c => 0.2126 * linear(c.r) + 0.7152 * linear(c.g) + 0.0722 * linear(c.b) + 0.05);
         return Math.max(a / b, b / a);
     }
-    function test_contrast() {
-        const pairs = [["text", "card"], ["faint", "card"], ["good", "card"], ["bad", "card"], ["text", "window"],
-                       ["faint", "window"], ["text", "button"], ["accentText", "accent"]];
-        for (let i = 0; i < 2; ++i) {
-            keyClick(Qt.Key_D, Qt.ControlModifier);
-            compare(Theme.dark, System.dark);
-            for (const [text, ground] of pairs)
-                verify(contrast(Theme[text], Theme[ground]) >= 4.5, text + " on " + ground);
-            verify(contrast(Theme.focus, Theme.card) >= 3 && contrast(Theme.focus, Theme.accent) >= 3);
+    function ground(item) {
+        for (; item; item = item.parent) {
+            const rectangle = item.background instanceof Rectangle && item.background.visible ? item.background : item;
+            if (rectangle instanceof Rectangle && rectangle.color.a === 1)
+                return rectangle.color;
         }
+        return Theme.window;
     }
-    function isInList(item) { return item && (item instanceof ListView || isInList(item.parent)); }
-    function test_nothingOverlaps_data() { return pages(); }
-    function test_nothingOverlaps(page) {
-        click(page.tag);
-        for (const label of visibleItems(window.contentItem, item => item instanceof Label && !isInList(item)))
-            verify(!label.truncated && label.mapToItem(null, label.width, 0).x <= 1024 - Theme.gap, label.text);
-        const boxes = controls().filter(item => !isInList(item)).map(item => item.mapToItem(null, 0, 0, item.width, item.height));
+    function isIn(item, type) { return item && (item instanceof type || isIn(item.parent, type)); }
+    function test_pages_data() {
+        const looks = [{ width: 1024, height: 600, dark: true }, { width: 1280, height: 800, dark: false }, { width: 1024, height: 600, dark: false },
+                       { width: 1280, height: 800, dark: true }];
+        return [].concat(...window.pages.map((page, index) => looks.map(look => Object.assign({ tag: [page, look.width, look.dark].join(" "), index: index }, look))));
+    }
+    function test_pages(row) {
+        window.width = row.width;
+        window.height = row.height;
+        keyClick(Qt.Key_1 + row.index, Qt.ControlModifier);
+        if (Theme.dark !== row.dark)
+            keyClick(Qt.Key_D, Qt.ControlModifier);
+        wait(50);
+        compare([System.page, Theme.dark, System.width, System.height], [row.index, row.dark, row.width, row.height]);
+        for (const text of visibleItems(window.contentItem, item => item.text && item.color && item.enabled && !(item instanceof Control))) {
+            verify(contrast(text.color, ground(text)) >= 4.5, text.text);
+            verify(!text.truncated && text.mapToItem(null, text.width, 0).x <= row.width - Theme.gap, text.text);
+            if (text.selectedTextColor)
+                verify(contrast(text.selectedTextColor, text.selectionColor) >= 4.5, text.text);
+        }
+        for (const control of ["text", "faint", "track", "accent", "good", "bad"])
+            verify(contrast(Theme[control], Theme.card) >= 4.5, control);
+        for (const color of ["card", "window", "accent", "button"])
+            verify(contrast(Theme.focus, Theme[color]) >= 3, color);
+
+        const boxes = controls().filter(item => !isIn(item, ListView)).map(item => item.mapToItem(null, 0, 0, item.width, item.height));
         boxes.forEach((a, i) => {
-            verify(a.height >= 40 && a.x >= 0 && a.y >= 0 && a.right <= 1024 && a.bottom <= 600, "control " + i);
+            verify(a.height >= 40 && a.x >= 0 && a.y >= 0 && a.right <= row.width && a.bottom <= row.height, "control " + i);
             for (const b of boxes.slice(i + 1))
                 verify(a.right <= b.x || b.right <= a.x || a.bottom <= b.y || b.bottom <= a.y, "control " + i);
         });
+        for (const list of visibleItems(window.contentItem, item => item instanceof ListView))
+            compare(list.ScrollBar.vertical.visible, list.contentHeight > list.height);
+
+        compare(setup.unnamed(window), []);
+        const missed = new Set(controls());
+        for (let i = 0; i < 100; ++i) {
+            keyClick(Qt.Key_Tab);
+            for (let item = window.activeFocusItem; item; item = item.parent) // the text of a spin box has the focus
+                missed.delete(item);
+        }
+        compare([...missed].map(item => item.objectName), []);
     }
 }

@@ -23,7 +23,7 @@ int main(int argc, char **argv)
     const QCoreApplication application(argc, argv);
     const QStringList arguments = QCoreApplication::arguments().mid(1);
     QFile record(qEnvironmentVariable("RECORD"));
-    if (record.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
+    if (!record.fileName().isEmpty() && record.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
         record.write((arguments + QStringList{QString()}).join(QChar(0)).toUtf8());
 
     const bool isSsh = arguments.value(0) == QLatin1String("-o");

@@ -3,7 +3,7 @@
 
 #include <QProcess>
 #include <QProcessEnvironment>
-#include <QString>
+#include <QStringList>
 #include <QTemporaryFile>
 
 /// How a child process ended and what it printed, with "\n" at the end of every line on every system.
@@ -14,46 +14,58 @@ struct ChildResult {
     QByteArray err;
 };
 
+/// What a child process finds.
+struct ChildCircumstances {
+    QStringList environment; ///< variables to set, "NAME=value", or to take away, "NAME"
+    QByteArray input;
+};
+
 /// Starts a program in @p directory with the environment of this process and APPDATA set to "appdata" in
 /// there.
 inline void startChild(QProcess &process, const QString &program, const QStringList &arguments,
-                       const QString &directory)
+                       const QString &directory, const QStringList &variables = {})
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("APPDATA"), directory + QStringLiteral("/appdata"));
+    for (const QString &variable : variables) {
+        const QString name = variable.section(QLatin1Char('='), 0, 0);
+        environment.remove(name);
+        if (name != variable)
+            environment.insert(name, variable.section(QLatin1Char('='), 1));
+    }
     process.setProcessEnvironment(environment);
     process.setWorkingDirectory(directory);
     process.start(program, arguments);
 }
 
 /// Waits for the end; a child that hangs is killed after a minute and counts as crashed.
-inline ChildResult finishChild(QProcess &process)
+inline ChildResult finishChild(QProcess &process, QIODevice *out = nullptr, QIODevice *err = nullptr)
 {
     if (!process.waitForFinished(60000)) {
         process.kill();
         process.waitForFinished();
     }
     return {process.exitCode(), process.exitStatus() != QProcess::NormalExit,
-            process.readAllStandardOutput().replace("\r\n", "\n"),
-            process.readAllStandardError().replace("\r\n", "\n")};
+            (out ? out->readAll() : process.readAllStandardOutput()).replace("\r\n", "\n"),
+            (err ? err->readAll() : process.readAllStandardError()).replace("\r\n", "\n")};
 }
 
 /// Runs a program to its end. Its output goes through files: Wine now and then loses what is still in a pipe
 /// when the writer ends.
-inline ChildResult runChild(const QString &program, const QStringList &arguments, const QString &directory)
+inline ChildResult runChild(const QString &program, const QStringList &arguments, const QString &directory,
+                            const ChildCircumstances &circumstances = {})
 {
+    QTemporaryFile in;
     QTemporaryFile out;
     QTemporaryFile err;
     QProcess process;
-    if (!out.open() || !err.open())
-        qFatal("There is no place for the output of a program");
+    if (!in.open() || in.write(circumstances.input) == -1 || !in.flush() || !out.open() || !err.open())
+        qFatal("There is no place for the input and the output of a program");
+    process.setStandardInputFile(in.fileName());
     process.setStandardOutputFile(out.fileName());
     process.setStandardErrorFile(err.fileName());
-    startChild(process, program, arguments, directory);
-    ChildResult result = finishChild(process);
-    result.out = out.readAll().replace("\r\n", "\n");
-    result.err = err.readAll().replace("\r\n", "\n");
-    return result;
+    startChild(process, program, arguments, directory, circumstances.environment);
+    return finishChild(process, &out, &err);
 }
 
 #endif

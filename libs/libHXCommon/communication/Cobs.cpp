@@ -14,33 +14,34 @@ using Byte = unsigned char;
 constexpr std::ptrdiff_t fullBlock = longestRun + 1;
 constexpr std::ptrdiff_t step = EightBytes::count;
 
-void link(Byte *code, const Byte *zero)
+// A code byte is the distance to the next zero.
+void setCode(Byte *code, const Byte *zero)
 {
     *code = static_cast<Byte>(zero - code);
 }
 
 // Makes the zeros among eight bytes, copied from `in` to `out`, the code bytes of the blocks behind them.
-// `code` is the open code byte before, returned is the open one after. Every byte is linked to the open code
-// byte and only a zero moves on from there: that takes no branch, which random data would mislead.
-inline Byte *linkZeros(Byte *code, const Byte *in, Byte *out)
+// `code` is the open code byte before, returned is the open one after. The open code byte is set at every
+// byte, and only a zero opens another one: that takes no branch, which random data would mislead.
+inline Byte *stuffZeros(Byte *code, const Byte *in, Byte *out)
 {
     if (EightBytes::load(in) == 0) {
-        link(code, out);
+        setCode(code, out);
         std::memset(out, 1, EightBytes::count);
         return out + step - 1;
     }
     for (std::ptrdiff_t i = 0; i < step; ++i) {
-        link(code, out + i);
+        setCode(code, out + i);
         code = in[i] == 0 ? out + i : code;
     }
     return code;
 }
 
-// Copies eight bytes and links their zeros, if there are any.
+// Copies eight bytes and stuffs their zeros, if there are any.
 inline Byte *copyEight(Byte *code, const Byte *in, Byte *out)
 {
     std::memcpy(out, in, EightBytes::count);
-    return EightBytes::zeros(in) == 0 ? code : linkZeros(code, in, out);
+    return EightBytes::zeros(in) == 0 ? code : stuffZeros(code, in, out);
 }
 
 Byte *copyBytes(Byte *code, const Byte *in, const Byte *last, Byte *out)
@@ -48,14 +49,14 @@ Byte *copyBytes(Byte *code, const Byte *in, const Byte *last, Byte *out)
     for (; in != last; ++in, ++out) {
         *out = *in;
         if (*in == 0) {
-            link(code, out);
+            setCode(code, out);
             code = out;
         }
     }
     return code;
 }
 
-// Copies bytes that all have room in the open block, and links their zeros. Most data has few: sixteen bytes
+// Copies bytes that all have room in the open block, and stuffs their zeros. Most data has few: sixteen bytes
 // without any cost one branch, and the last few are copied once more together with those before them.
 inline Byte *copyRun(Byte *code, const Byte *in, const Byte *last, Byte *out)
 {
@@ -104,33 +105,12 @@ const Byte *restoreZeros(const Byte *in, const Byte *end, Byte *out)
     }
 }
 
-} // namespace
-
-Byte *encode(const Byte *in, std::size_t size, Byte *out)
-{
-    const Byte *last = in + size;
-    Byte *code = out++;
-    while (in != last) {
-        const std::ptrdiff_t count = std::min(last - in, fullBlock - (out - code));
-        code = copyRun(code, in, in + count, out);
-        in += count;
-        out += count;
-        if (out - code == fullBlock) {
-            // Deliberate: a full block opens another one, also where the input ends.
-            link(code, out);
-            code = out++;
-        }
-    }
-    link(code, out);
-    return out;
-}
-
-// The code bytes stand where the zeros go. Only a full block has no zero behind it: what follows moves up by
-// one byte, and is copied again in windows, not all of it for every full block.
-Byte *decodeCopy(const Byte *in, std::size_t size, Byte *out)
+// Decodes the bytes from `in` on, all of which but the first have been copied to `out`: the code bytes stand
+// where the zeros go. Only a full block has no zero behind it: what follows moves up by one byte, and is
+// copied again in windows, not all of it for every full block. Returns the end of the result.
+Byte *decodeCopied(const Byte *in, const Byte *last, Byte *out)
 {
     constexpr std::ptrdiff_t window = 2 * fullBlock;
-    const Byte *last = in + size;
     for (const Byte *end = last;;) {
         const Byte *code = restoreZeros(in, end, out);
         const bool full = *code == fullBlock && end - code >= fullBlock;
@@ -144,6 +124,35 @@ Byte *decodeCopy(const Byte *in, std::size_t size, Byte *out)
         end = in + std::min(last - in, window);
         std::memcpy(out, in + 1, static_cast<std::size_t>(end - in - 1));
     }
+}
+
+} // namespace
+
+Byte *encode(const Byte *in, std::size_t size, Byte *out)
+{
+    const Byte *last = in + size;
+    Byte *code = out++;
+    while (in != last) {
+        const std::ptrdiff_t count = std::min(last - in, fullBlock - (out - code));
+        code = copyRun(code, in, in + count, out);
+        in += count;
+        out += count;
+        if (out - code == fullBlock) {
+            // Deliberate: a full block opens another one, also where the input ends.
+            setCode(code, out);
+            code = out++;
+        }
+    }
+    setCode(code, out);
+    return out;
+}
+
+void appendDecoded(const std::vector<Byte> &in, std::vector<Byte> &out)
+{
+    const std::size_t start = out.size();
+    out.insert(out.end(), in.begin() + 1, in.end()); // far cheaper than resize
+    const Byte *end = decodeCopied(in.data(), in.data() + in.size(), out.data() + start);
+    out.resize(static_cast<std::size_t>(end - out.data()));
 }
 
 } // namespace Communication::Cobs

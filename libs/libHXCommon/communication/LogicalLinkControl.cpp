@@ -32,7 +32,8 @@ bool startsBlock(const Byte *bytes, std::size_t available)
 
 unsigned short messageCrc(Bytes &message)
 {
-    // Deliberate: the length is taken modulo 256. Devices compute it so, do not "fix" it for long messages.
+    // Deliberate: the length is taken modulo 256. Do not "fix" it for long messages: both ends must do the
+    // same.
     return CrcCCITT::calcCrc(message.data(), message.size() % 256);
 }
 
@@ -160,10 +161,7 @@ bool LogicalLinkControl::cobs_decode(const Bytes &in, Bytes &out)
         return false;
     if (&in == &out)
         return cobs_decode(Bytes(in), out);
-    const std::size_t start = out.size();
-    out.insert(out.end(), in.begin() + 1, in.end()); // far cheaper than resize
-    const Byte *end = Cobs::decodeCopy(in.data(), in.size(), out.data() + start);
-    out.resize(static_cast<std::size_t>(end - out.data()));
+    Cobs::appendDecoded(in, out);
     return true;
 }
 
