@@ -1,5 +1,6 @@
 #include "Terminal.h"
 
+#include <cerrno>
 #include <fcntl.h>
 #include <io.h>
 

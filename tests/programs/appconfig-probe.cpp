@@ -25,6 +25,7 @@ namespace {
 
 // What an application does before main(), with the library linked statically.
 const bool early = [] {
+    qputenv("QT_FORCE_STDERR_LOGGING", "1"); // Windows: this process has no console
     AppConfig::instance()->addArgument("--do", 1, "<word> Says what to do");
     AgeGroups::setAgeGroupLimits({{QStringLiteral("early"), 0}});
     FileSync::setRemoteUser(QString::fromLatin1(AppConfig::cmdArgs.constLast().name));
@@ -125,7 +126,6 @@ const std::map<QString, void (*)()> actions = {
 
 int main(int argc, char **argv)
 {
-    qputenv("QT_FORCE_STDERR_LOGGING", "1"); // Windows: this process has no console
     const QCoreApplication application(argc, argv);
     AppConfig &config = *AppConfig::instance();
     config.addArgument("--name", 1, "<option> Says which option to look up");
