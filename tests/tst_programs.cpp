@@ -49,6 +49,9 @@ const struct {
     {"data/sync-posix.txt", OLVEX_SYNC_PATH},
 #    endif
 #endif
+#ifdef OLVEX_CONSOLE_PATH
+    {"data/console.txt", OLVEX_CONSOLE_PATH},
+#endif
 };
 
 // Each line of a text behind a prefix.

@@ -15,7 +15,6 @@ void registerSystem();
 
 /// The size that stands in "<width>x<height>"; invalid if none does, or one that no window may have.
 QSize windowSize(const QString &words);
-QString windowSizes(); ///< The least and the greatest size of the window, in words.
 
 /// Registers a model; every engine makes its own and deletes it.
 template <typename Model> void registerModel(const char *name)

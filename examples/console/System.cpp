@@ -3,7 +3,6 @@
 
 #include "ConsoleTypes.h"
 #include "Examination.h"
-#include "OptionValue.h"
 
 #include <AppConfig.h>
 #include <InitProperties.h>
@@ -25,15 +24,6 @@ QSize windowSize(const QString &words)
     const QRegularExpressionMatch match = form.match(words);
     const QSize size(match.captured(1).toInt(), match.captured(2).toInt());
     return match.hasMatch() && size == size.expandedTo(smallest).boundedTo(largest) ? size : QSize();
-}
-
-QString windowSizes()
-{
-    return text("%1x%2 to %3x%4")
-        .arg(smallest.width())
-        .arg(smallest.height())
-        .arg(largest.width())
-        .arg(largest.height());
 }
 
 namespace {
@@ -80,11 +70,12 @@ public:
     System()
     {
         InitProperties::read(this, AppConfig::settingIniPath(false), text("Window"));
-        const QSize asked = windowSize(optionValue("--size"));
+        const AppConfig *const options = AppConfig::instance();
+        const QSize asked = windowSize(options->argumentValue(text("--size"), QString()));
         const QSize size = asked.isValid() ? asked : QSize(m_width, m_height);
         m_width = qBound(smallest.width(), size.width(), largest.width());
         m_height = qBound(smallest.height(), size.height(), largest.height());
-        m_dark = optionValue("--theme", text(m_dark ? "dark" : "light")) == text("dark");
+        m_dark = options->argumentValue(text("--theme"), text(m_dark ? "dark" : "light")) == text("dark");
     }
 
     ~System() override { storeWindow(); }
@@ -136,7 +127,8 @@ public:
     Q_INVOKABLE QStringList logTail() const
     {
         const QString name = AppConfig::logOutputFile.fileName(); // on Windows an open file has lost it
-        const QString path = name.isEmpty() ? optionValue("--logoutput") : name;
+        const QString path =
+            name.isEmpty() ? AppConfig::instance()->argumentValue(text("--logoutput"), QString()) : name;
         QFile log(path);
         if (path.isEmpty() || !log.open(QIODevice::ReadOnly))
             return {tr("There is no log file: start with --logoutput FILE.")};

@@ -1,11 +1,7 @@
-// olvex-console: shows on five pages what the library gives an application.
-//
-// Exit status: 0 closed, 1 user interface not loaded or screenshot not written, 2 wrong command line, 3
-// another instance is running.
+// olvex-console: shows on six pages what the library gives an application.
 
+#include "CommandLine.h"
 #include "ConsoleTypes.h"
-#include "OptionValue.h"
-#include "Report.h"
 
 #include <AppConfig.h>
 #include <RunGuard.h>
@@ -20,45 +16,40 @@
 #include <QQuickWindow>
 #include <QTimer>
 
-#include <algorithm>
-#include <cstdio>
 #include <memory>
 
 namespace {
 
-constexpr AppConfig::cmdArg_t options[] = {
-    {"--size", 1, "<width>x<height> Sets the size of the window"},
-    {"--theme", 1, "<dark|light> Sets the colours"},
-    {"--screenshots", 1, "<directory> Stores a picture of every page and ends"},
-    {"--load", 0, "Sends on the link and logs as fast as it can"},
-};
+const Program program{
+    "olvex-console",
+    "shows on six pages what the library gives an application",
+    "[--theme dark|light] [--size WIDTHxHEIGHT]",
+    {
+        {"--theme", Option::Text, "<dark|light> Sets the colours"},
+        {"--size", Option::Text, "<size> Sets width and height of the window, from 1024x600 to 7680x4320"},
+        {"--screenshots", Option::Text, "<directory> Stores a picture of every page and ends"},
+        {"--load", Option::Flag, "Sends on the link and logs as fast as it can"},
+    },
+    "",
+    R"(olvex-console --theme light --logoutput console.log
+QT_QPA_PLATFORM=offscreen olvex-console --screenshots pictures
+)",
+    R"(0  closed
+1  the user interface could not be loaded, or a picture not be written
+2  the command line is wrong
+3  another instance is running
+)",
+    2};
 
-// Those that print something and end, which needs no display.
-bool printsOnly(int argc, char **argv)
+// What is wrong with the values of the options; empty if nothing is.
+QString complaint(const CommandLine &line)
 {
-    return std::any_of(argv + 1, argv + argc, [](const char *argument) {
-        return QStringList{text("--help"), text("--version"), text("--systemversion")}.contains(
-            text(argument));
-    });
-}
-
-// What is wrong with the command line; empty if nothing is.
-QString complaint()
-{
-    const QStringList arguments = QCoreApplication::arguments();
-    for (int i = 1; i < arguments.size(); ++i) {
-        const AppConfig::cmdArgInfo_t option = AppConfig::instance()->getArgInfo(arguments.at(i));
-        if (!arguments.at(i).startsWith(text("--")) || option.valueCount == -1)
-            return text("The option %1 is unknown: see --help.").arg(arguments.at(i));
-        if (option.valueCount > 0 && optionValue(qPrintable(arguments.at(i))).isEmpty())
-            return text("The option %1 needs a value: see --help.").arg(arguments.at(i));
-        i += option.valueCount;
-    }
-    const QString size = optionValue("--size"), theme = optionValue("--theme");
-    if (!size.isEmpty() && !windowSize(size).isValid())
-        return text("The size \"%1\" is not <width>x<height> from %2.").arg(size, windowSizes());
-    if (!theme.isEmpty() && theme != text("dark") && theme != text("light"))
-        return text("The theme \"%1\" is neither dark nor light.").arg(theme);
+    const QString theme = line.value("--theme");
+    if (line.has("--theme") && theme != text("dark") && theme != text("light"))
+        return text("--theme is dark or light, not \"%1\".").arg(theme);
+    const QString size = line.value("--size");
+    if (line.has("--size") && !windowSize(size).isValid())
+        return text("--size goes from 1024x600 to 7680x4320, not \"%1\".").arg(size);
     return QString();
 }
 
@@ -73,7 +64,7 @@ bool takeScreenshots(QQuickWindow *window, const QDir &directory)
     bool stored = directory.mkpath(text("."));
     for (int page = 0; page < pages.size() && stored; ++page) {
         window->setProperty("page", page);
-        timer.start(2500);
+        timer.start(1500);
         loop.exec();
         const auto grab = window->contentItem()->grabToImage();
         QObject::connect(grab.data(), &QQuickItemGrabResult::ready, &loop, &QEventLoop::quit);
@@ -87,20 +78,26 @@ bool takeScreenshots(QQuickWindow *window, const QDir &directory)
 
 int main(int argc, char **argv)
 {
-    const std::unique_ptr<QCoreApplication> application(
-        printsOnly(argc, argv) ? new QCoreApplication(argc, argv) : new QGuiApplication(argc, argv));
-    for (const AppConfig::cmdArg_t &option : options)
-        AppConfig::instance()->addArgument(option.name, option.valueCount, option.help);
-    const QString wrong = complaint();
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i)
+        arguments << QString::fromLocal8Bit(argv[i]);
+    const CommandLine line(program, arguments);
+    if (line.isAnswered())
+        return finish(line.status());
+    const QString wrong = complaint(line);
     if (!wrong.isEmpty())
-        return refuse(wrong);
-    if (AppConfig::instance()->initialize(text("olvex-console"), QString()))
-        return 0;
+        return fail(program.refusal, wrong);
+
+    const bool needsDisplay = !line.has("--version") && !line.has("--systemversion");
+    const std::unique_ptr<QCoreApplication> application(needsDisplay ? new QGuiApplication(argc, argv)
+                                                                     : new QCoreApplication(argc, argv));
+    for (const Option &option : program.options)
+        AppConfig::instance()->addArgument(option.name, option.kind == Option::Flag ? 0 : 1, option.help);
+    if (AppConfig::instance()->initialize(text(program.name), QString()))
+        return finish(0);
     RunGuard guard(QString::fromLatin1(guardName));
-    if (!guard.tryToRun()) {
-        std::fputs("Another instance is running.\n", stderr);
-        return 3;
-    }
+    if (!guard.tryToRun())
+        return fail(3, text("Another instance is running."));
     AppConfig::cleanExit();
 
     registerConsoleTypes();
@@ -108,8 +105,8 @@ int main(int argc, char **argv)
     QQmlApplicationEngine engine(QUrl(text("qrc:/console/Main.qml")));
     if (engine.rootObjects().isEmpty())
         return 1;
-    const QString pictures = optionValue("--screenshots");
-    if (pictures.isEmpty())
+    if (!line.has("--screenshots"))
         return QGuiApplication::exec();
-    return takeScreenshots(qobject_cast<QQuickWindow *>(engine.rootObjects().constFirst()), pictures) ? 0 : 1;
+    auto *const window = qobject_cast<QQuickWindow *>(engine.rootObjects().constFirst());
+    return takeScreenshots(window, line.value("--screenshots")) ? 0 : 1;
 }
