@@ -121,7 +121,7 @@ TestCase {
         names.activated(names.currentIndex = names.indexOfValue(1));
         compare(type.value, 1);
         find("types").positionViewAtBeginning();
-        click("AirwayBlockageTypes");
+        click("BLSService");
         keyClick(Qt.Key_Down);
         const state = find("BatteryLevelCritical");
         compare([state.text, state.hint], ["Battery level critical", "BatteryLevelCritical = 2"]);
