@@ -1,6 +1,8 @@
 #ifndef CONSOLETYPES_H
 #define CONSOLETYPES_H
 
+#include "Text.h"
+
 #include <QQmlEngine>
 #include <QSize>
 
@@ -21,11 +23,6 @@ template <typename Model> void registerModel(const char *name)
 {
     qmlRegisterSingletonType<Model>("Console", 1, 0, name,
                                     [](QQmlEngine *, QJSEngine *) { return new Model; });
-}
-
-inline QString text(const char *utf8)
-{
-    return QString::fromUtf8(utf8);
 }
 
 #endif

@@ -14,6 +14,7 @@ ApplicationWindow {
     onWidthChanged: System.width = Math.max(width, minimumWidth)
     onHeightChanged: System.height = Math.max(height, minimumHeight)
     onPageChanged: System.page = page
+    Component.onCompleted: if (!pages[System.page]) System.page = 0
     onActiveFocusItemChanged: { // scrolls to it
         for (let view = activeFocusItem; view; view = view.parent) {
             if (!(view instanceof ListView) || view === activeFocusItem)

@@ -16,7 +16,7 @@ ColumnLayout {
     readonly property bool hasRate: config.rate_type !== RC_GUI.RateNone
     readonly property bool hasRatios: config.rate_type === RC_GUI.RateAVBlockRatio
     readonly property var rates: config.getParam(hasRatios ? "RatioHR" : "Rates") || []
-    readonly property string ratio: hasRatios ? config.getParam("RatioTexts")[rates.indexOf(heartRate)] : ""
+    readonly property string ratio: (config.getParam("RatioTexts") || [])[rates.indexOf(heartRate)] || ""
     readonly property real cyanosis: Library.cyanosisLevel(threshold.got, saturation.got, shown.checked)
 
     function chooseAge(age) {
@@ -26,7 +26,7 @@ ColumnLayout {
     function chooseRhythm(id) {
         rhythm = id;
         const ratio = hasRatios ? config.getParam("Ratios").indexOf(config.getParam("DefaultRatio")) : -1;
-        rate.asked = hasRatios ? rates[ratio] : config.heartrate_default;
+        rate.asked = hasRatios ? rates[ratio] : config.validateHeartRate(config.heartrate_default);
         if (!config.isExtraSystoleAllowed(extraSystole))
             extraSystole = ExtraSystole.NoExtraSystole;
     }

@@ -13,5 +13,10 @@ ComboBox {
         border { color: Theme.focus; width: picker.visualFocus ? 2 : 0 }
     }
     Accessible.description: hint
+    Component.onCompleted: {
+        contentItem.Accessible.ignored = true; // it only shows the choice
+        popup.contentItem.ScrollBar.vertical = bar.createObject(popup.contentItem);
+    }
+    Component { id: bar; Bar { } }
     Hint { id: tip }
 }

@@ -50,7 +50,7 @@ class Services : public QObject {
     Q_PROPERTY(QStringList names MEMBER m_names CONSTANT)
     Q_PROPERTY(QStringList environments MEMBER m_environments CONSTANT)
     Q_PROPERTY(QStringList regions MEMBER m_regions CONSTANT)
-    Q_PROPERTY(QStringList problems MEMBER m_problems CONSTANT) // of the service table, in plain sentences
+    Q_PROPERTY(QStringList problems MEMBER m_problems CONSTANT) // of the service table, and what to do
     Q_PROPERTY(QString answer MEMBER m_answer NOTIFY changed) // the server's HTTP status, empty for silence
     Q_PROPERTY(bool testOffline READ testOffline WRITE setTestOffline NOTIFY changed)
 
@@ -60,14 +60,16 @@ public:
         connect(&m_server, &QTcpServer::newConnection, this, &Services::accept);
         connect(NetworkManager::instance()->accessManager(), &QNetworkAccessManager::finished, this,
                 [this](const QNetworkReply *reply) { m_errors.insert(reply->url(), words(*reply)); });
-        QJsonObject environments = readEnvironments(AppConfig::confPath(text("OlvexUrls.json")), m_problems);
-        serveEnvironment(environments);
-        m_environments = environments.keys();
-        m_names = targets(environments);
-        for (const QString &name : qAsConst(m_names))
-            m_regions << OXUrls::instance()->urlInfo(name).value(text("regions")).toMap().keys();
-        m_regions.sort();
-        m_regions.removeDuplicates();
+        QVector<Problem> problems;
+        ServiceTable table(problems);
+        for (const Problem &problem : qAsConst(problems))
+            m_problems << problem.text << problem.advice;
+        serveEnvironment(table.environments);
+        m_environments = table.environments.keys();
+        m_names = table.targets();
+        m_regions = table.regions();
+        if (m_names.isEmpty() && m_problems.isEmpty())
+            m_problems << tr("The service table names no service.") << tr("Restore it from a copy.");
     }
 
     // Why the last request to this URL failed.

@@ -41,8 +41,7 @@ ColumnLayout {
     Card {
         title: Services.names.length > 0 ? qsTr("Services, checked every 5 s") : qsTr("There is no service to check")
         Label {
-            objectName: "problems"; visible: Services.problems.length > 0 || Services.names.length === 0
-            text: Services.problems.concat(qsTr("Put the service table OlvexUrls.json into the configuration directory, or name that with --confpath DIRECTORY, and start again. olvex-doctor tells more.")).join("\n")
+            objectName: "problems"; visible: text !== ""; text: Services.problems.join("\n")
             color: Theme.bad; wrapMode: Text.Wrap; Layout.fillWidth: true
         }
         ListView {

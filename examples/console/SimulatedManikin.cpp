@@ -30,6 +30,7 @@ Q_LOGGING_CATEGORY(category, "Olvex.Console.Link", QtInfoMsg)
 constexpr unsigned char setHeartRate = 0x01;
 constexpr unsigned char setState = 0x02;
 constexpr unsigned char answerTo = 0x80;
+constexpr int typeAt = 5; // in an answer
 constexpr int shownFrames = 40;
 
 // What the line has done to a byte.
@@ -237,10 +238,10 @@ private:
     void answer(const CapturedFrame &frame)
     {
         Bytes message = frame.payload;
-        if (!frame.intact)
+        if (!frame.intact || message.size() < std::size_t(typeAt)) // the noise may hit upon a good checksum
             return;
         message.front() |= answerTo;
-        message.insert(message.begin() + 5, static_cast<unsigned char>(m_type));
+        message.insert(message.begin() + typeAt, static_cast<unsigned char>(m_type));
         m_manikin.send(message, m_noise);
     }
 

@@ -10,6 +10,7 @@
 
 #include <QFontDatabase>
 #include <QFontInfo>
+#include <QJsonDocument>
 #include <QLoggingCategory>
 #include <QRegularExpression>
 
@@ -99,7 +100,10 @@ public:
     }
 
     // The doctor's report, as JSON.
-    Q_INVOKABLE QString report() const { return QString::fromUtf8(examine().toJson()); }
+    Q_INVOKABLE QString report() const
+    {
+        return QString::fromUtf8(QJsonDocument(examine(QString(), QString()).toJson()).toJson());
+    }
     Q_INVOKABLE bool mayRunAgain() const { return RunGuard(QLatin1String(guardName)).tryToRun(); }
     Q_INVOKABLE bool isUnderLoad() const { return AppConfig::argumentExits(text("--load")); }
 

@@ -16,7 +16,7 @@ GridLayout {
             .map(([key, value]) => [key, System.setting(key), value === "" ? qsTr("none") : String(value)]);
     }
     function mark(row) { // red where something is missing that the application needs
-        const needed = report.problems.some(problem => problem.startsWith("The " + row.directory + " directory "));
+        const needed = report.problems.some(problem => problem.text.startsWith("The " + row.directory + " directory "));
         return { text: !row.exists ? qsTr("missing") : row.writable ? qsTr("writable") : qsTr("read only"), color: needed ? Theme.bad : "" };
     }
 
@@ -32,8 +32,8 @@ GridLayout {
     Quarter {
         title: qsTr("Settings and versions")
         Rows {
-            objectName: "facts"; name: qsTr("Settings and versions"); heads: [qsTr("Setting"), qsTr("Stored"), qsTr("In force")]; widths: [140, 100]
-            model: page.settings.concat((page.report.Identity || []).map(row => [row.item, "", row.value]))
+            objectName: "facts"; name: qsTr("Settings and versions"); heads: [qsTr("Setting"), qsTr("Stored"), qsTr("In force")]; widths: [140, 60]
+            model: page.settings.concat(Object.entries(page.report.identity || {}).map(([item, value]) => [item.replace(/_/g, " "), "", value === null ? "" : String(value)]))
         }
         RowLayout {
             PushButton { objectName: "store"; text: qsTr("Store window now"); hint: qsTr("Stores size, page and colours of the window in the settings file; closing does so, too"); onClicked: { System.storeWindow(); page.look(); } }
@@ -45,7 +45,7 @@ GridLayout {
         title: qsTr("Directories")
         Rows {
             objectName: "directories"; name: qsTr("Directories"); heads: [qsTr("Directory"), qsTr("State"), qsTr("Path")]; widths: [140, 70]
-            model: (page.report.Directories || []).map(row => [row.directory, page.mark(row), row.path])
+            model: (page.report.directories || []).map(row => [row.directory, page.mark(row), row.path])
         }
     }
     Quarter {

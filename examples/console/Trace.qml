@@ -36,7 +36,7 @@ Item {
             context.lineWidth = 2;
             context.beginPath();
             for (let x = 0; x < width; ++x)
-                context.lineTo(x, height * (0.65 - 0.55 * levels[x % levels.length]));
+                context.lineTo(x, height * (0.6 - 0.5 * levels[x % levels.length]));
             context.stroke();
         }
     }

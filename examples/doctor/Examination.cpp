@@ -1,181 +1,78 @@
 #include "Examination.h"
 
-#include "OptionValue.h"
+#include "CommandLine.h"
+#include "Machine.h"
 #include "ServiceTable.h"
+#include "Settings.h"
 
+#include <AppConfig.h>
 #include <OXUrls.h>
 
-#include <QCoreApplication>
-#include <QDateTime>
-#include <QFileInfo>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QLoggingCategory>
-#include <QSysInfo>
-#include <QTemporaryFile>
+#include <QSslSocket>
+#include <QUrl>
 
 #include <algorithm>
 
 namespace {
 
-// What the application cannot do without in a directory.
-enum class Need {
-    Nothing,
-    Existence,
-    Writability
-};
-
-struct DirectoryRow {
-    const char *name;
-    const char *option;
-    QString (*path)(const QString &file);
-    Need need;
-};
-
-const DirectoryRow directoryRows[] = {
-    {"temporary", "--tmppath", &AppConfig::tmpPath, Need::Writability},
-    {"configuration", "--confpath", &AppConfig::confPath, Need::Existence},
-    {"share root", "--sharepath", &AppConfig::sharePath, Need::Existence},
-    {"sounds", "--sharepath", &AppConfig::soundsPath, Need::Nothing},
-    {"plug-ins", "--pluginpath", &AppConfig::pluginsPath, Need::Nothing},
-    {"factory data", "--datapath", &AppConfig::factoryDataPath, Need::Nothing},
-    {"variable data", "--varpath", &AppConfig::varPath, Need::Writability},
-    {"variable configuration", "--varetcpath", &AppConfig::varEtcPath, Need::Writability},
-    {"variable log", "--varlogpath", &AppConfig::varLogPath, Need::Writability},
-    {"persistent storage", "--persistentpath", &AppConfig::persistentStoragePath, Need::Nothing},
-    {"binary", "--binpath", &AppConfig::binPath, Need::Nothing},
-    {"scenario store", "--dravikpath", &AppConfig::dravikPath, Need::Nothing},
-    {"user interface", "--qmlpath", &AppConfig::qmlLocalPath, Need::Nothing},
-};
-
-QStringList itemColumns()
-{
-    return {QStringLiteral("item"), QStringLiteral("value")};
-}
-
-QString text(const char *utf8)
-{
-    return QString::fromUtf8(utf8);
-}
-
-// By trying: permission bits do not tell of read-only media, access lists or the rights of an administrator.
-bool isWritableDirectory(const QString &path)
-{
-    QTemporaryFile probe(path + QLatin1String("/olvex-doctor-XXXXXX"));
-    return QFileInfo(path).isDir() && probe.open();
-}
-
-Table identity()
-{
-    return {text("Identity"),
-            itemColumns(),
-            {{text("application"), AppConfig::versionInfo()},
-             {text("version"), AppConfig::majorMiniorMicroVersion()},
-             {text("system version"), AppConfig::systemVersion()},
-             {text("build"), AppConfig::buildStamp()},
-             {text("prototype"), AppConfig::isPrototype()},
-             {text("Qt"), text(qVersion())},
-             {text("operating system"), QSysInfo::prettyProductName()},
-             {text("program"), QCoreApplication::applicationFilePath()},
-             {text("working directory"), QDir::currentPath()},
-             {text("time since start"), text("%1 ms").arg(AppConfig::elapsedTime())}}};
-}
-
-Table directories(QStringList &problems)
-{
-    Table table{text("Directories"),
-                {text("directory"), text("option"), text("exists"), text("writable"), text("path")},
-                {}};
-    for (const DirectoryRow &row : directoryRows) {
-        const QString path = row.path(QString());
-        const bool exists = !path.isEmpty() && QFileInfo(path).isDir();
-        const bool writable = exists && isWritableDirectory(path);
-        table.rows.append({text(row.name), text(row.option), exists, writable, path});
-        if (row.need != Need::Nothing && !exists)
-            problems << text("The %1 directory %2 does not exist.").arg(text(row.name), path);
-        else if (row.need == Need::Writability && !writable)
-            problems << text("The %1 directory %2 is not writable.").arg(text(row.name), path);
-    }
-    return table;
-}
-
-QByteArray contents(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-QString settingsOrigin(const QString &path, const QString &oldPath)
-{
-    if (!QFileInfo::exists(path))
-        return text("none yet: defaults are in force");
-    if (QFileInfo::exists(oldPath) && contents(path) == contents(oldPath))
-        return text("migrated: a copy of the old %1").arg(oldPath);
-    return text("this executable's own");
-}
-
-// Reads a copy: Qt tells of the damage only to the first object that opens a file, which is the library's.
-bool isDamaged(const QString &path)
-{
-    QTemporaryFile copy;
-    if (!copy.open() || copy.write(contents(path)) == -1 || !copy.flush())
-        return false;
-    const QSettings settings(copy.fileName(), QSettings::IniFormat);
-    // cppcheck-suppress ignoredReturnValue ; reads the sections; until then only the headings were looked at
-    settings.allKeys();
-    return settings.status() == QSettings::FormatError;
-}
-
-Table settings(QStringList &problems)
-{
-    const QString path = AppConfig::settingIniPath(false);
-    const QSharedPointer<QSettings> settings = AppConfig::settings();
-    if (isDamaged(path))
-        problems << text("The settings file %1 is damaged: what cannot be read has its default.").arg(path);
-    else if (QFileInfo::exists(path) && !QFileInfo(path).isReadable())
-        problems << text("The settings file %1 cannot be read.").arg(path);
-    else if (!settings->isWritable())
-        problems << text("The settings file %1 cannot be written.").arg(path);
-    return {text("Settings"),
-            itemColumns(),
-            {{text("file in force"), path},
-             {text("origin"), settingsOrigin(path, AppConfig::varEtcPath(text("Settings.ini")))},
-             {text("last modified"), QFileInfo(path).lastModified().toString(Qt::ISODate)},
-             {text("keys"), settings->allKeys().size()}}};
-}
-
-// The environments of the document, by name; reports a document that cannot be used.
-Table deployment(const QJsonObject &environments, QStringList &problems)
+Table deployment(const ServiceTable &services, QVector<Problem> &problems)
 {
     const QString environment = OXUrls::instance()->environment();
+    const QString region = OXUrls::instance()->region();
+    const QStringList environments = services.environments.keys();
+    const QStringList regions = services.regions();
     if (!environments.isEmpty() && !environment.isEmpty() && !environments.contains(environment))
-        problems << text("The environment \"%1\" is not in the service table: \"%2\" is used instead.")
-                        .arg(environment, OXUrls::DefaultEnvironment);
-    return {text("Deployment"),
-            itemColumns(),
-            {{text("service table"), AppConfig::confPath(text("OlvexUrls.json"))},
+        problems.append(
+            {text("environment-unknown"),
+             text("The environment \"%1\" is not in the service table: \"%2\" is used instead.")
+                 .arg(environment, OXUrls::DefaultEnvironment),
+             text("Set System/Environment to one of these: %1.").arg(environments.join(text(", ")))});
+    if (!environments.isEmpty() && !region.isEmpty() && !regions.contains(region))
+        problems.append(
+            {text("region-unknown"),
+             text("The region \"%1\" is not in the service table, and has no effect.").arg(region),
+             regions.isEmpty()
+                 ? text("Take System/Region away.")
+                 : text("Set System/Region to one of these: %1.").arg(regions.join(text(", ")))});
+    return {text("deployment"),
+            text("Deployment"),
+            {text("item"), text("value")},
+            {{text("service table"), services.path},
              {text("environment"), environment},
-             {text("region"), OXUrls::instance()->region()},
-             {text("environments known"), environments.keys().join(text(", "))}}};
+             {text("region"), region},
+             {text("environments known"), environments},
+             {text("regions known"), regions}}};
 }
 
-Table services(const QJsonObject &environments, QStringList &problems)
+Table serviceTable(const ServiceTable &services, QVector<Problem> &problems)
 {
-    Table table{text("Services"), {text("service"), text("by region"), text("URL")}, {}};
-    const QStringList names = targets(environments);
+    Table table{text("services"),
+                text("Services of %1").arg(deploymentName()),
+                {text("service"), text("by region"), text("fallback"), text("URL")},
+                {}};
+    bool needsTls = false;
+    const QStringList names = services.targets();
     for (const QString &target : names) {
         const QUrl url = OXUrls::url(target, QString(), true);
         const bool byRegion = OXUrls::instance()->regionsValue(target, text("baseUrl")).isValid();
-        table.rows.append({target, byRegion, url.toString()});
+        table.rows.append({target, byRegion, services.fallsBack(target), url.toString()});
+        needsTls = needsTls || url.scheme() == text("https");
         if (!url.isValid() || url.isRelative())
-            problems << text("The service \"%1\" has no usable URL.").arg(target);
+            problems.append({text("service-url"), text("The service \"%1\" has no usable URL.").arg(target),
+                             text("Give it a \"baseUrl\" with scheme and host in %1.").arg(services.path)});
     }
+    if (needsTls && !QSslSocket::supportsSsl())
+        problems.append({text("tls-missing"), text("There is no TLS, and services need it."),
+                         text("Install the OpenSSL libraries that Qt was built for: %1.")
+                             .arg(QSslSocket::sslLibraryBuildVersionString())});
     return table;
 }
 
 Table categories()
 {
-    Table table{text("Logging categories"),
+    Table table{text("categories"),
+                text("Logging categories"),
                 {text("category"), text("debug"), text("info"), text("warning"), text("critical")},
                 {}};
     for (int i = 0; const QLoggingCategory *const category = AppConfig::loggingCategoriesFromIndex(i); ++i) {
@@ -189,49 +86,16 @@ Table categories()
     return table;
 }
 
-Table log(QStringList &problems)
-{
-    // By the option: on Windows the open file has lost its name.
-    const QString path = optionValue("--logoutput");
-    const bool open = AppConfig::logOutputFile.isOpen();
-    if (!path.isEmpty() && !open)
-        problems << text("The log file %1 cannot be written: %2.")
-                        .arg(path, AppConfig::logOutputFile.errorString());
-    return {
-        text("Log"),
-        itemColumns(),
-        {{text("file"),
-          path.isEmpty() ? text("none (start with --logoutput FILE)") : QFileInfo(path).absoluteFilePath()},
-         {text("open"), open},
-         {text("bytes"), open ? AppConfig::logOutputFile.size() : 0},
-         {text("trace level"), DebugInfoEnterExit::debugLevel}}};
-}
-
-// Values of options are skipped by what the options themselves say.
-void checkOptions(QStringList &problems)
-{
-    const QStringList arguments = QCoreApplication::arguments();
-    for (int i = 1; i < arguments.size(); ++i) {
-        if (!arguments.at(i).startsWith(QLatin1String("--")))
-            continue;
-        const int valueCount = AppConfig::instance()->getArgInfo(arguments.at(i)).valueCount;
-        if (valueCount == -1)
-            problems << text("The option %1 is unknown and was ignored.").arg(arguments.at(i));
-        else
-            i += valueCount;
-    }
-}
-
 } // namespace
 
-Report examine()
+Report examine(const QString &application, const QString &logFile)
 {
     Report report;
-    QStringList &problems = report.problems;
-    checkOptions(problems);
-    report.tables << identity() << directories(problems) << settings(problems);
-    const QJsonObject environments = readEnvironments(AppConfig::confPath(text("OlvexUrls.json")), problems);
-    report.tables << deployment(environments, problems) << services(environments, problems) << categories()
-                  << log(problems);
+    QVector<Problem> &problems = report.problems;
+    report.tables = examineSettings(application, problems);
+    const ServiceTable services(problems);
+    report.tables << deployment(services, problems) << serviceTable(services, problems)
+                  << examineMachine(problems) << examineLogs(logFile, problems)
+                  << examineRemoteAccess(problems) << categories();
     return report;
 }

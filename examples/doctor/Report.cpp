@@ -1,19 +1,29 @@
 #include "Report.h"
 
+#include "CommandLine.h"
+#include "Terminal.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <QJsonObject>
 
 #include <algorithm>
-#include <cstdio>
+#include <numeric>
 
 namespace {
 
+using Widths = std::vector<int>;
+
 QString cellText(const QVariant &cell)
 {
+    if (!cell.isValid())
+        return text("-");
     if (cell.type() == QVariant::Bool)
-        return cell.toBool() ? QStringLiteral("yes") : QStringLiteral("no");
-    return cell.toString();
+        return text(cell.toBool() ? "yes" : "no");
+    if (cell.type() == QVariant::Map)
+        return text("%1..%2")
+            .arg(cell.toMap().value(text("min")).toInt())
+            .arg(cell.toMap().value(text("max")).toInt());
+    return cell.canConvert<QVariantList>() ? cell.toStringList().join(text(", ")) : cell.toString();
 }
 
 QStringList rowTexts(const QVariantList &row)
@@ -23,84 +33,138 @@ QStringList rowTexts(const QVariantList &row)
     return texts;
 }
 
-QVector<int> columnWidths(const QVector<QStringList> &lines)
+// The widest column gives way first.
+Widths columnWidths(const QVector<QStringList> &lines, int width)
 {
-    QVector<int> widths(lines.isEmpty() ? 0 : lines.first().size(), 0);
+    constexpr int gap = 2;
+    Widths widths(lines.isEmpty() ? 0 : std::size_t(lines.first().size()), 0);
     for (const QStringList &line : lines) {
         for (int i = 0; i < line.size(); ++i)
-            widths[i] = std::max(widths.at(i), line.at(i).size());
+            widths[std::size_t(i)] = std::max(widths[std::size_t(i)], line.at(i).size());
     }
+    while (width > 0 && std::accumulate(widths.cbegin(), widths.cend(), gap * int(widths.size())) > width)
+        --*std::max_element(widths.begin(), widths.end());
     return widths;
 }
 
-QString alignedLine(const QStringList &cells, const QVector<int> &widths)
+// The part of a cell that fits, with whole words if there are any, is taken from it.
+QString takeLine(QString &cell, int width)
 {
-    QString line = QStringLiteral(" ");
-    for (int i = 0; i < cells.size(); ++i)
-        line += QLatin1Char(' ') + cells.at(i).leftJustified(widths.at(i) + 1);
-    while (line.endsWith(QLatin1Char(' ')))
-        line.chop(1);
-    return line + QLatin1Char('\n');
+    int end = cell.size() <= width ? cell.size() : cell.lastIndexOf(QLatin1Char(' '), width);
+    if (end <= 0)
+        end = width;
+    const QString line = cell.left(end);
+    cell = cell.mid(end).trimmed();
+    return line;
 }
 
-QJsonArray toJsonArray(const Table &table)
+QString alignedLines(QStringList cells, const Widths &widths)
 {
-    QJsonArray array;
-    for (const QVariantList &row : table.rows) {
-        QJsonObject object;
-        for (int i = 0; i < row.size(); ++i)
-            object.insert(table.columns.at(i), QJsonValue::fromVariant(row.at(i)));
-        array.append(object);
-    }
-    return array;
+    QString lines;
+    do {
+        QString line;
+        for (int i = 0; i < cells.size(); ++i)
+            line +=
+                text("  ") + takeLine(cells[i], widths[std::size_t(i)]).leftJustified(widths[std::size_t(i)]);
+        while (line.endsWith(QLatin1Char(' ')))
+            line.chop(1);
+        lines += line + QLatin1Char('\n');
+    } while (std::any_of(cells.cbegin(), cells.cend(), [](const QString &cell) { return !cell.isEmpty(); }));
+    return lines;
+}
+
+QString key(const QString &name)
+{
+    return name.toLower().replace(QLatin1Char(' '), QLatin1Char('_'));
 }
 
 } // namespace
 
-QString Table::toText() const
+QString Table::toText(int width) const
 {
     QVector<QStringList> lines;
-    if (columns.size() > 2)
+    if (rows.isEmpty())
+        lines.append({::text("none")});
+    else if (columns.size() > 2)
         lines.append(columns);
     std::transform(rows.cbegin(), rows.cend(), std::back_inserter(lines), rowTexts);
 
-    const QVector<int> widths = columnWidths(lines);
+    const Widths widths = columnWidths(lines, width);
     QString text = title + QLatin1Char('\n');
     for (const QStringList &line : qAsConst(lines))
-        text += alignedLine(line, widths);
+        text += alignedLines(line, widths);
     return text;
 }
 
-QString Report::toText() const
+QJsonValue Table::toJson() const
 {
-    QString text;
-    for (const Table &table : tables)
-        text += table.toText() + QLatin1Char('\n');
-    if (problems.isEmpty())
-        return text + QLatin1String("Nothing wrong was found.\n");
-    text += QLatin1String("Problems\n");
-    for (const QString &problem : problems)
-        text += QLatin1String("  ! ") + problem + QLatin1Char('\n');
-    return text;
+    QJsonObject items;
+    QJsonArray array;
+    for (const QVariantList &row : rows) {
+        QJsonObject object;
+        for (int i = 0; i < row.size(); ++i)
+            object.insert(::key(columns.at(i)), QJsonValue::fromVariant(row.at(i)));
+        array.append(object);
+        items.insert(::key(row.first().toString()), QJsonValue::fromVariant(row.last()));
+    }
+    return columns.first() == text("item") ? QJsonValue(items) : QJsonValue(array);
 }
 
-QByteArray Report::toJson() const
+QString Report::toText(int width, bool coloured) const
+{
+    QString summary = text("Nothing wrong was found.");
+    if (!problems.isEmpty())
+        summary = text(problems.size() == 1 ? "1 problem was found:" : "%1 problems were found:")
+                      .arg(problems.size());
+    if (coloured)
+        summary = text("\033[1;3%1m%2\033[0m").arg(problems.isEmpty() ? 2 : 1).arg(summary);
+    summary += QLatin1Char('\n');
+    int number = 0;
+    for (const Problem &problem : problems) {
+        constexpr int indent = 5;
+        const int most = width == 0 ? INT_MAX : width - indent;
+        summary += text("%1. %2\n     %3\n")
+                       .arg(++number, 3)
+                       .arg(wrapped(problem.text, most, indent), wrapped(problem.advice, most, indent));
+    }
+    for (const Table &table : tables)
+        summary += QLatin1Char('\n') + table.toText(width);
+    return summary;
+}
+
+QJsonObject Report::toJson() const
 {
     QJsonObject object;
     for (const Table &table : tables)
-        object.insert(table.title, toJsonArray(table));
-    object.insert(QStringLiteral("problems"), QJsonArray::fromStringList(problems));
-    return QJsonDocument(object).toJson();
+        object.insert(table.key, table.toJson());
+    QJsonArray array;
+    for (const Problem &problem : problems)
+        array.append(QJsonObject{
+            {text("code"), problem.code}, {text("text"), problem.text}, {text("advice"), problem.advice}});
+    object.insert(text("problems"), array);
+    return object;
 }
 
-int print(const Table &table)
+int outputWidth()
 {
-    std::fputs(table.toText().toLocal8Bit().constData(), stdout);
+    return terminal::isTerminal(stdout) ? 80 : 0;
+}
+
+int print(const Table &table, bool asJson)
+{
+    if (asJson)
+        print(QJsonObject{{table.key, table.toJson()}});
+    else
+        print(table.toText(outputWidth()));
     return 0;
 }
 
-int refuse(const QString &sentence)
+void print(QJsonObject object, bool inOneLine)
 {
-    std::fprintf(stderr, "%s\n", qPrintable(sentence));
-    return 2;
+    object.insert(text("schema"), 1);
+    const QByteArray json =
+        QJsonDocument(object).toJson(inOneLine ? QJsonDocument::Compact : QJsonDocument::Indented);
+    std::fputs(json.constData(), stdout);
+    if (inOneLine)
+        std::fputs("\n", stdout);
 }

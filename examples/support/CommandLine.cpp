@@ -14,11 +14,6 @@ namespace {
 
 constexpr int lineWidth = 80;
 
-QString text(const char *utf8)
-{
-    return QString::fromUtf8(utf8);
-}
-
 const Option common[] = {
     {"--help", Option::Flag, "Prints this help and ends; also -h"},
     {"--all", Option::Flag, "Adds the options that every Olvex executable has", "--help"},
@@ -38,6 +33,11 @@ bool isLibrarys(const Option &option)
 {
     return std::any_of(AppConfig::cmdArgs.cbegin(), AppConfig::cmdArgs.cend(),
                        [&option](const auto &argument) { return argument.name == option.name; });
+}
+
+bool isTask(const Option &option)
+{
+    return qstrcmp(option.with, Option::task) == 0;
 }
 
 bool isNumberFor(const Option &option, const QString &word)
@@ -188,9 +188,9 @@ int CommandLine::take(const QStringList &arguments, int index)
         m_problem = text("%1 needs a value: %2.").arg(word, shownName(*option));
     else if (option->kind == Option::Number && !isNumberFor(*option, values.first()))
         m_problem = text("%1 takes a whole number above 0, not \"%2\".").arg(word, values.first());
-    else if (option->with == ::task && !m_task.isEmpty())
+    else if (isTask(*option) && !m_task.isEmpty())
         m_problem = text("%1 and %2 are two tasks: ask for one.").arg(m_task, word);
-    if (option->with == ::task)
+    if (isTask(*option))
         m_task = word;
     for (int i = index; i < end && isLibrarys(*option); ++i)
         m_libraryWords.insert(i, word);
@@ -210,8 +210,10 @@ void CommandLine::checkCompany()
 {
     for (const Option &option : m_options) {
         const QStringList wanted = text(option.with).split(QLatin1Char(' '), Qt::SkipEmptyParts);
-        const auto isGiven = [this](const QString &name) { return m_values.contains(name); };
-        if (!has(option.name) || option.with == ::task || wanted.isEmpty()
+        const auto isGiven = [this](const QString &name) {
+            return name == text("report") ? m_task.isEmpty() : m_values.contains(name);
+        };
+        if (!has(option.name) || isTask(option) || wanted.isEmpty()
             || std::any_of(wanted.cbegin(), wanted.cend(), isGiven))
             continue;
         m_problem = text("%1 goes with %2.").arg(text(option.name), wanted.join(text(" or ")));

@@ -1,6 +1,8 @@
 #ifndef COMMANDLINE_H
 #define COMMANDLINE_H
 
+#include "Text.h"
+
 #include <QHash>
 #include <QStringList>
 
@@ -20,12 +22,11 @@ struct Option {
     const char *name;
     Kind kind;
     const char *help; ///< starts with the value as "<value>"
-    /// The options, separated by blanks, of which one must be given with it; or @ref task.
+    /// The options, separated by blanks, of which one must be given with it, or "report" for no task; or
+    /// "task" for an option that says what to do, of which only one can be given.
     const char *with = "";
+    static constexpr char task[] = "task";
 };
-
-/// Marks an option that says what to do. Only one of them can be given.
-constexpr char task[] = "task";
 
 /// What a program says of itself.
 struct Program {

@@ -34,6 +34,7 @@ bool startWithoutTrace(const CommandLine &line, int &argc, char **argv, const ch
     else
         qunsetenv("APPDATA");
     AppConfig::nullOutput = true;
+    QLoggingCategory::setFilterRules(QStringLiteral("Olvex.AppConfig.debug=false"));
     return answered;
 }
 

@@ -1,5 +1,6 @@
 #include "Outcome.h"
 
+#include "CommandLine.h"
 #include "Job.h"
 #include "Terminal.h"
 
@@ -16,11 +17,6 @@ namespace {
 
 constexpr int limitReached = 124;
 constexpr char fullDisk[] = "No space left on device (28)"; // what FileSync looks for
-
-QString text(const char *utf8)
-{
-    return QString::fromUtf8(utf8);
-}
 
 void passOnTo(std::FILE *stream, const QByteArray &bytes)
 {

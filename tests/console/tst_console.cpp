@@ -6,8 +6,6 @@
 #include <RunGuard.h>
 
 #include <QAccessible>
-#include <QClipboard>
-#include <QGuiApplication>
 #include <QQmlContext>
 #include <QQuickStyle>
 #include <QQuickWindow>
@@ -27,14 +25,14 @@ static void handleMessage(QtMsgType type, const QMessageLogContext &context, con
 }
 
 // What can have the focus, but has no name for assistive technology.
-static void findUnnamed(QAccessibleInterface *item, QStringList &found)
+static QStringList unnamedIn(QAccessibleInterface *item)
 {
-    if (item->state().invisible)
-        return;
+    QStringList found;
     if (item->state().focusable && item->text(QAccessible::Name).isEmpty())
-        found << item->object()->objectName() + text(" ") + text(item->object()->metaObject()->className());
-    for (int i = 0; i < item->childCount(); ++i)
-        findUnnamed(item->child(i), found);
+        found << item->object()->objectName() + text(item->object()->metaObject()->className());
+    for (int i = 0; i < item->childCount() && !item->state().invisible; ++i)
+        found += unnamedIn(item->child(i));
+    return found;
 }
 
 class Setup : public QObject {
@@ -52,12 +50,9 @@ public:
 
     Q_INVOKABLE QStringList unnamed(QQuickWindow *window) const
     {
-        QStringList found;
-        findUnnamed(QAccessible::queryAccessibleInterface(window), found);
-        return found;
+        QAccessible::setActive(true); // the controls that there are tell of themselves
+        return unnamedIn(QAccessible::queryAccessibleInterface(window));
     }
-
-    Q_INVOKABLE QString clipboard() const { return QGuiApplication::clipboard()->text(); }
 
 public Q_SLOTS:
     void applicationAvailable()
@@ -70,7 +65,6 @@ public Q_SLOTS:
         libraryHandler = qInstallMessageHandler(&handleMessage);
         (new RunGuard(text(guardName), this))->tryToRun();
         registerConsoleTypes();
-        QAccessible::setActive(true);
         QQuickStyle::setStyle(text("Default"));
     }
 

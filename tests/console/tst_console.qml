@@ -42,32 +42,42 @@ TestCase {
         return visibleItems(window.contentItem, item => item.enabled && types.some(type => item instanceof type));
     }
 
-    function test_patient_data() {
+    function test_patient_data() { // waves of a turn of the trace: P, narrow and wide beats, spikes of a pacer
         return [
-            { tag: "range", age: "Adult", id: 7, least: 20, most: 200, marked: [20, 200], systolic: 300, extra: [1, 1, 1, 1, 1] },
-            { tag: "range of a baby", age: "Baby", id: 7, least: 20, most: 240, marked: [20, 240], systolic: 300, extra: [1, 1, 1, 1, 1] },
-            { tag: "discrete", age: "Adult", id: 103, least: 75, most: 150, marked: [75, 150], systolic: 300, extra: [1, 0, 0, 0, 0], choose: ["100", 100] },
-            { tag: "ratios", age: "Child", id: 166, least: 50, most: 65, marked: [50, 65], systolic: 300, extra: [1, 0, 1, 1, 1], choose: ["4:3", 60] },
-            { tag: "asystole", age: "Adult", id: 149, least: 0, most: 0, marked: [0, 0], systolic: 0, extra: [1, 0, 0, 0, 0] },
+            { tag: "range", id: 7, limits: [20, 200], extra: [1, 1, 1, 1, 1], waves: [8, 8, 0, 0] },
+            { tag: "range of a baby", age: "Baby", id: 7, limits: [20, 240], extra: [1, 1, 1, 1, 1], waves: [8, 8, 0, 0] },
+            { tag: "extrasystoles", id: 7, choose: "Type 2", waves: [6, 6, 2, 0] },
+            { tag: "discrete", id: 103, limits: [75, 150], extra: [1, 0, 0, 0, 0], choose: "150", rate: 150, waves: [0, 15, 0, 0] },
+            { tag: "fibrillation", id: 113, waves: [0, 16, 0, 0], irregular: true }, { tag: "ventricular", id: 138, waves: [0, 0, 18, 0] },
+            { tag: "ratios, type I", age: "Child", id: 166, limits: [50, 65], extra: [1, 0, 1, 1, 1], choose: "4:3", rate: 60, waves: [8, 6, 0, 0], irregular: true },
+            { tag: "ratios, type II", id: 169, choose: "2:1", rate: 40, waves: [8, 4, 0, 0] }, { tag: "third degree", id: 172, waves: [9, 0, 4, 0] },
+            { tag: "asystole", id: 149, limits: [0, 0], pressure: 0, extra: [1, 0, 0, 0, 0], waves: [0, 0, 0, 0] },
+            { tag: "standstill", id: 148, pressure: 0, waves: [8, 0, 0, 0] }, { tag: "pacer", id: 210, waves: [8, 0, 8, 16] },
+            { tag: "pacer that fails", id: 211, waves: [0, 0, 6, 9], irregular: true },
         ];
     }
     function test_patient(row) {
-        ["Patient", row.age].forEach(name => click(name));
-        const slider = find("Heart rate"), trace = find("trace"), systolic = find("Systolic");
+        ["Patient", row.age || "Adult", "None"].forEach(name => click(name));
+        const slider = find("Heart rate"), trace = find("trace");
         chooseRhythm(row.id);
-        compare([slider.parent.least, slider.parent.most], row.marked);
-        clickAt(slider, 0.99);
-        compare([slider.value, trace.rate], [row.most, row.most]);
-        clickAt(slider, 0.01);
-        compare([slider.value, trace.rate], [row.least, row.least]);
-        row.choose && click("rates", row.choose[0]);
-        compare(slider.value, row.choose ? row.choose[1] : row.least);
-        compare([systolic.parent.most, systolic.value], [row.systolic, Math.min(row.systolic, 120)]);
+        row.choose && click(row.choose);
+        compare(slider.value, row.rate === undefined ? slider.value : row.rate);
+        const waves = trace.turn.waves, at = waves.filter(wave => wave.wave === "narrow" || wave.wave === "wide").map(wave => wave.at);
+        compare(["P", "narrow", "wide", "spike"].map(name => waves.filter(wave => wave.wave === name).length), row.waves);
+        compare(at.some((time, i) => i > 1 && Math.abs(time - 2 * at[i - 1] + at[i - 2]) > 0.01), row.irregular === true || row.tag === "extrasystoles");
+        compare(find("Systolic").value, row.pressure === undefined ? 120 : row.pressure);
+        if (!row.limits)
+            return;
+        compare([slider.parent.least, slider.parent.most], row.limits);
+        for (const end of [0, 1]) {
+            clickAt(slider, end ? 0.99 : 0.01);
+            compare([slider.value, trace.rate], [row.limits[end], row.limits[end]]);
+        }
         compare(["None", "Type 2", "Type 3", "Type 4", "Type 6"].map(name => Number(find("extraSystoles", name).enabled)), row.extra);
     }
     function test_patientLives() {
         click("Patient");
-        const trace = find("trace"), years = find("years"), moved = trace.moved, skin = find("skin"), color = String(skin.color);
+        const trace = find("trace"), years = find("years"), moved = trace.moved;
         const systolic = find("Systolic"), diastolic = find("Diastolic");
         tryVerify(() => trace.moved > moved);
         for (const [age, expected] of [["Baby", 0], ["Child", 7], ["Adult", 30]]) {
@@ -85,39 +95,15 @@ TestCase {
         verify(find("Diastolic reading").text.includes("(asked: "));
         clickAt(systolic, 0.99);
         verify(diastolic.value > 150 && !find("Diastolic reading").text.includes("asked"));
-        click("cyanosis");
-        verify(String(skin.color) !== color);
-    }
-    function test_trace_data() { // waves of a turn: P, narrow and wide beats, spikes of a pacer
-        return [
-            { tag: "regular", id: 7, waves: [8, 8, 0, 0] }, { tag: "extrasystoles", id: 7, extra: "Type 2", waves: [6, 6, 2, 0] },
-            { tag: "fibrillation", id: 113, waves: [0, 16, 0, 0], irregular: true }, { tag: "ventricular", id: 138, waves: [0, 0, 18, 0] },
-            { tag: "type I 4:3", id: 166, waves: [8, 6, 0, 0], irregular: true }, { tag: "third degree", id: 172, waves: [9, 0, 4, 0] },
-            { tag: "type II 2:1", id: 169, ratio: "2:1", waves: [8, 4, 0, 0] }, { tag: "standstill", id: 148, waves: [8, 0, 0, 0] },
-            { tag: "asystole", id: 149, waves: [0, 0, 0, 0] }, { tag: "pacer", id: 210, waves: [8, 0, 8, 16] },
-            { tag: "pacer that fails", id: 211, waves: [0, 0, 6, 9], irregular: true },
-        ];
-    }
-    function test_trace(row) {
-        ["Patient", "Adult"].forEach(name => click(name));
-        chooseRhythm(row.id);
-        row.ratio && click("rates", row.ratio);
-        click("extraSystoles", row.extra || "None");
-        const waves = find("trace").turn.waves, at = waves.filter(wave => wave.wave === "narrow" || wave.wave === "wide").map(wave => wave.at);
-        compare(["P", "narrow", "wide", "spike"].map(name => waves.filter(wave => wave.wave === name).length), row.waves);
-        if (!row.extra)
-            compare(at.some((time, i) => i > 1 && Math.abs(time - 2 * at[i - 1] + at[i - 2]) > 0.01), row.irregular === true);
     }
     function test_manikin() {
         SimulatedManikin.noise = 0;
         click("Manikin");
         const type = find("manikinType"), names = find("manikin");
-        for (const texts of [["Model 19", "PRODUCT_MODEL_19"], ["Model 60", "No product"]]) {
-            type.contentItem.forceActiveFocus();
-            type.contentItem.selectAll();
-            Array.from(texts[1] === "No product" ? "40" : "31").concat(Qt.Key_Return).forEach(key => keyClick(key));
-            compare([names.displayText, find("product").text], texts);
-        }
+        type.contentItem.forceActiveFocus();
+        type.contentItem.selectAll();
+        ["3", "1", Qt.Key_Return].forEach(key => keyClick(key));
+        compare([names.displayText, find("product").text], ["Model 19", "PRODUCT_MODEL_19"]);
         names.activated(names.currentIndex = names.indexOfValue(1));
         compare(type.value, 1);
         find("types").positionViewAtBeginning();
@@ -142,8 +128,6 @@ TestCase {
         tryVerify(() => counter(1, 2) === 1 && /^Model 21: \d+ beats\/min \(message \d+\)$/.test(find("report").text));
         const frames = find("frames");
         verify(frames.model.length === 2 && frames.model[0][3].text.match(/^00( [0-9a-f]{2})+ 00$/));
-        click("copy");
-        compare(setup.clipboard().split("\n"), [frames.model[1][3].text, frames.model[0][3].text]);
         find("noise").forceActiveFocus();
         keyClick(Qt.Key_End);
         compare(SimulatedManikin.noise, 10);
@@ -159,6 +143,7 @@ TestCase {
         for (const [button, text, reason] of [["Fails", "Failed", "HTTP 503 Service Unavailable"], ["Answers", "Success", "after "],
                                               ["Stays silent", "Failed", "no answer in time"], ["Answers", "Success", "after "]]) {
             click(button);
+            button === "Stays silent" && tryVerify(() => detail.text.startsWith("Checking since"));
             tryVerify(() => status.text === text && detail.text.includes(reason), 10000);
         }
         click("us");
@@ -225,10 +210,8 @@ TestCase {
             if (text.selectedTextColor)
                 verify(contrast(text.selectedTextColor, text.selectionColor) >= 4.5, text.text);
         }
-        for (const control of ["text", "faint", "track", "accent", "good", "bad"])
-            verify(contrast(Theme[control], Theme.card) >= 4.5, control);
-        for (const color of ["card", "window", "accent", "button"])
-            verify(contrast(Theme.focus, Theme[color]) >= 3, color);
+        ["faint", "track", "accent", "good", "bad"].forEach(control => verify(contrast(Theme[control], Theme.card) >= 4.5, control));
+        ["card", "window", "accent", "button"].forEach(color => verify(contrast(Theme.focus, Theme[color]) >= 3, color));
 
         const boxes = controls().filter(item => !isIn(item, ListView)).map(item => item.mapToItem(null, 0, 0, item.width, item.height));
         boxes.forEach((a, i) => {

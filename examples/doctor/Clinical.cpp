@@ -1,7 +1,6 @@
-#include "ClinicalCommands.h"
-
-#include "OptionValue.h"
+#include "CommandLine.h"
 #include "Report.h"
+#include "Tasks.h"
 
 #include <ECGLibrary.h>
 #include <Product.h>
@@ -10,15 +9,6 @@
 
 namespace {
 
-QString text(const char *utf8)
-{
-    return QString::fromUtf8(utf8);
-}
-
-constexpr char notSet[] = "-";
-
-// ---- options ----
-
 QStringList ages()
 {
     return {text("adult"), text("child"), text("infant"), text("baby")};
@@ -26,27 +16,26 @@ QStringList ages()
 
 int refuseAge(const QString &age)
 {
-    return refuse(text("There is no age \"%1\": choose one of %2.").arg(age, ages().join(text(", "))));
+    return fail(2, text("There is no age \"%1\": choose one of %2.").arg(age, ages().join(text(", "))));
 }
 
-// ---- texts ----
+// ---- cells; an invalid one shows that there is none ----
 
-QString number(int value)
+QVariant number(int value)
 {
-    return value == -1 ? text(notSet) : QString::number(value);
+    return value == -1 ? QVariant() : value;
 }
 
-QString list(const ECGConfig *config, const char *key)
+QVariant list(const ECGConfig *config, const char *key)
 {
-    const QStringList values = config->getParam(text(key)).toStringList();
-    return values.isEmpty() ? text(notSet) : values.join(text(", "));
+    const QVariantList values = config->getParam(text(key)).toList();
+    return values.isEmpty() ? QVariant() : values;
 }
 
-QString bounds(const ECGConfig *config, const char *min, const char *max)
+QVariantMap bounds(const ECGConfig *config, const char *min, const char *max)
 {
-    return text("%1..%2")
-        .arg(config->getParamValueAsInt(text(min)))
-        .arg(config->getParamValueAsInt(text(max)));
+    return {{text("min"), config->getParamValueAsInt(text(min))},
+            {text("max"), config->getParamValueAsInt(text(max))}};
 }
 
 QString rateTypeName(const ECGConfig *config)
@@ -55,13 +44,14 @@ QString rateTypeName(const ECGConfig *config)
     return text(names[config->getRateType()]);
 }
 
-QString ratioText(const ECGConfig *config, int ratio)
+QVariant ratioText(const ECGConfig *config, int ratio)
 {
     const int index = config->getParam(text("Ratios")).toList().indexOf(ratio);
-    return config->getParam(text("RatioTexts")).toStringList().value(index, text(notSet));
+    const QString name = config->getParam(text("RatioTexts")).toStringList().value(index);
+    return name.isEmpty() ? QVariant() : name;
 }
 
-QString choice(const ECGConfig *config)
+QVariant choice(const ECGConfig *config)
 {
     switch (config->getRateType()) {
     case RC_GUI::RateRange:
@@ -71,14 +61,14 @@ QString choice(const ECGConfig *config)
     case RC_GUI::RateDiscrete:
         return list(config, "Rates");
     case RC_GUI::RateAVBlockRatio:
-        return text("%1 (%2)").arg(list(config, "RatioHR"), list(config, "RatioTexts"));
+        return list(config, "RatioHR");
     case RC_GUI::RateNone:
         return bounds(config, "AmplitudeMin", "AmplitudeMax");
     }
-    return text(notSet);
+    return QVariant();
 }
 
-QString defaultChoice(const ECGConfig *config)
+QVariant defaultChoice(const ECGConfig *config)
 {
     if (config->getRateType() == RC_GUI::RateAVBlockRatio)
         return ratioText(config, config->getParamValueAsInt(text("DefaultRatio")));
@@ -91,34 +81,41 @@ QString defaultChoice(const ECGConfig *config)
 
 Table rhythmTable(const QString &age)
 {
-    Table table{text("Rhythms (%1), rates in beats/min, pressures in mmHg").arg(age),
-                {text("id"), text("rhythm"), text("chosen by"), text("values"), text("default"),
-                 text("extrasystoles"), text("systolic max"), text("diastolic max")},
+    Table table{text("rhythms"),
+                text("Rhythms (%1), rates in beats/min, highest pressures in mmHg").arg(age),
+                {text("id"), text("rhythm"), text("by"), text("values"), text("ratios"), text("default"),
+                 text("extrasystoles"), text("systolic"), text("diastolic")},
                 {}};
     const QList<int> ids = ECGLibrary::getDefaultECGLibrary()->configs().keys();
     for (const int id : ids) {
         const ECGConfig *const config = ECGLibraries::Instance().getECGConfig(age, id);
         table.rows.append({config->getRhythm(), config->getRhythmTypeName(), rateTypeName(config),
-                           choice(config), defaultChoice(config), list(config, "ExtraSystoles"),
-                           config->getSystolicBloodPressureMax(), config->getDiastolicBloodPressureMax()});
+                           choice(config), list(config, "RatioTexts"), defaultChoice(config),
+                           list(config, "ExtraSystoles"), config->getSystolicBloodPressureMax(),
+                           config->getDiastolicBloodPressureMax()});
     }
     return table;
 }
 
 Table answerTable(const QString &age, ECGConfig *config, int rate)
 {
-    return {text("Rhythm %1 %2 (%3) at %4 beats/min")
+    return {text("rhythm"),
+            text("Rhythm %1 %2 (%3) at %4 beats/min")
                 .arg(QString::number(config->getRhythm()), config->getRhythmTypeName(), age,
                      QString::number(rate)),
             {text("item"), text("value")},
-            {{text("chosen by"), rateTypeName(config)},
+            {{text("id"), config->getRhythm()},
+             {text("rhythm"), config->getRhythmTypeName()},
+             {text("age"), age},
+             {text("by"), rateTypeName(config)},
              {text("values"), choice(config)},
+             {text("ratios"), list(config, "RatioTexts")},
              {text("heart rate"), config->validateHeartRate(rate)},
              {text("ratio"), ratioText(config, config->getRatioForHeartRate(rate))},
              {text("can have extrasystoles"), config->canHaveExtrasystoles()},
              {text("extrasystoles"), list(config, "ExtraSystoles")},
-             {text("systolic max"), config->getSystolicBloodPressureMax()},
-             {text("diastolic max"), config->getDiastolicBloodPressureMax()}}};
+             {text("systolic"), config->getSystolicBloodPressureMax()},
+             {text("diastolic"), config->getDiastolicBloodPressureMax()}}};
 }
 
 Table productTable()
@@ -126,46 +123,46 @@ Table productTable()
     using namespace BM_HXCommon::Product;
     const auto products = QMetaEnum::fromType<manufacturerProductId_t>();
     const QString unknown = text(manikinTypeAsString(-1));
-    Table table{text("Manikins"), {text("type"), text("name"), text("product id"), text("product")}, {}};
+    Table table{text("manikins"),
+                text("Manikins"),
+                {text("type"), text("name"), text("product id"), text("product")},
+                {}};
     for (int type = 0; type <= 255; ++type) {
         const QString name = text(manikinTypeAsString(type));
         const auto product = ManikinProductTypeMap.constFind(type);
         if (product != ManikinProductTypeMap.constEnd())
             table.rows.append({type, name, *product, text(products.valueToKey(*product))});
         else if (name != unknown)
-            table.rows.append({type, name, text(notSet), text(notSet)});
+            table.rows.append({type, name, QVariant(), QVariant()});
     }
     return table;
 }
 
 } // namespace
 
-int runRhythms()
+int runRhythms(const CommandLine &line)
 {
-    const QString age = optionValue("--rhythms", text("adult"));
-    return ages().contains(age) ? print(rhythmTable(age)) : refuseAge(age);
+    const QString age = line.value("--rhythms", text("adult"));
+    return ages().contains(age) ? print(rhythmTable(age), line.has("--json")) : refuseAge(age);
 }
 
-int runRhythm()
+int runRhythm(const CommandLine &line)
 {
-    const QString age = optionValue("--age", text("adult"));
+    const QString age = line.value("--age", text("adult"));
     if (!ages().contains(age))
         return refuseAge(age);
 
-    const QString id = optionValue("--rhythm");
+    const QString id = line.value("--rhythm");
     bool isNumber = false;
     ECGConfig *const config = ECGLibraries::Instance().getECGConfig(age, id.toInt(&isNumber));
     if (!isNumber || !config)
-        return refuse(text("There is no rhythm \"%1\": --rhythms lists the ids.").arg(id));
-
-    const QString rate = optionValue("--rate");
-    const int heartRate = rate.toInt(&isNumber);
-    if (!isNumber)
-        return refuse(text("\"%1\" is no heart rate: --rate takes a whole number.").arg(rate));
-    return print(answerTable(age, config, heartRate));
+        return fail(2, text("There is no rhythm \"%1\": --rhythms lists the ids.").arg(id));
+    const int rate = line.has("--rate") ? line.value("--rate").toInt()
+                                        : config->validateHeartRate(config->getDefaultHeartRate());
+    return print(answerTable(age, config, rate), line.has("--json"));
 }
 
-int runProducts()
+int runProducts(const CommandLine &line)
 {
-    return print(productTable());
+    return print(productTable(), line.has("--json"));
 }
