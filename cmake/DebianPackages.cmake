@@ -1,7 +1,7 @@
 # The Debian packages, by CPack; scripts/package builds and checks them.
 set(CPACK_GENERATOR DEB)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
-set(CPACK_COMPONENTS_ALL runtime development)
+set(CPACK_COMPONENTS_ALL runtime development tools)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_PACKAGE_CONTACT "Olvex engineers <engineers@olvex.example>")
@@ -50,6 +50,21 @@ ${about}
 This package holds the headers, the files for CMake and pkg-config, and the
 framing as a static library for programs without Qt.")
 
+set(CPACK_COMPONENT_TOOLS_DEPENDS runtime)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/libs/libHXCommon)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME hxcommon-tools)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
+# What the console loads when it starts.
+set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "qml-module-qtquick2, qml-module-qtquick-controls2, qml-module-qtquick-layouts, \
+qml-module-qtquick-window2")
+set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS "fonts-dejavu-core, openssh-client")
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SUGGESTS rsync)
+set(CPACK_DEBIAN_TOOLS_DESCRIPTION "tools for the Olvex manikin remote control
+${about}
+
+This package holds olvex-doctor, which tells what is wrong with a tablet,
+olvex-sync, which runs synchronisation jobs, and the instructor console.")
+
 # What each package must also hold, and nothing else installs: its documents, and why lintian is contradicted.
 set(documents ${PROJECT_BINARY_DIR}/debian)
 string(TIMESTAMP date "%a, %d %b %Y %H:%M:%S +0000" UTC)
@@ -65,8 +80,10 @@ foreach(component IN LISTS CPACK_COMPONENTS_ALL)
   set(package ${CPACK_DEBIAN_${name}_PACKAGE_NAME})
   install(FILES ${documents}/copyright ${documents}/changelog.gz ${documents}/changelog.Debian.gz
     DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package} COMPONENT ${component} EXCLUDE_FROM_ALL)
-  install(FILES ${CMAKE_CURRENT_LIST_DIR}/debian/${component}.lintian-overrides RENAME ${package}
-    DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides COMPONENT ${component} EXCLUDE_FROM_ALL)
+  if(EXISTS ${CMAKE_CURRENT_LIST_DIR}/debian/${component}.lintian-overrides)
+    install(FILES ${CMAKE_CURRENT_LIST_DIR}/debian/${component}.lintian-overrides RENAME ${package}
+      DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides COMPONENT ${component} EXCLUDE_FROM_ALL)
+  endif()
 endforeach()
 
 include(CPack)

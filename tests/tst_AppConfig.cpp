@@ -1,5 +1,5 @@
 // What AppConfig does and answers inside a process that starts it up again and again. What a process shows to
-// the outside is the matter of tst_AppConfigProcess.
+// the outside is the matter of tst_programs.
 
 #include <AppConfig.h>
 #include <AppConfigProcess.h>
@@ -255,7 +255,7 @@ private Q_SLOTS:
     }
 
     // By break and close events, which the system reports on threads of its own and to which it ends the
-    // process as soon as they return. Wine sends neither; tst_AppConfigProcess receives what it does send.
+    // process as soon as they return. Wine sends neither; tst_programs receives what it does send.
     void endsOnConsoleEvents()
     {
         QVERIFY(startQuietly());

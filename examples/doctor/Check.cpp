@@ -182,7 +182,8 @@ private:
             print(text("%1  %2  %3  %4  %5\n")
                       .arg(now, row.at(0).toString(), row.at(1).toString(), row.at(4).toString(),
                            row.at(5).toString()));
-        std::fflush(stdout);
+        if (std::fflush(stdout) != 0)
+            QCoreApplication::quit(); // nobody reads it any more
     }
 
     void showProgress() const

@@ -84,7 +84,7 @@ Table rhythmTable(const QString &age)
     Table table{text("rhythms"),
                 text("Rhythms (%1), rates in beats/min, highest pressures in mmHg").arg(age),
                 {text("id"), text("rhythm"), text("by"), text("values"), text("ratios"), text("default"),
-                 text("extrasystoles"), text("systolic"), text("diastolic")},
+                 text("extras|extrasystoles"), text("sys|systolic"), text("dia|diastolic")},
                 {}};
     const QList<int> ids = ECGLibrary::getDefaultECGLibrary()->configs().keys();
     for (const int id : ids) {

@@ -16,25 +16,35 @@
 
 namespace {
 
-Table deployment(const ServiceTable &services, QVector<Problem> &problems)
+// Also in the settings of others, which are found to be wrong when it is their turn.
+void judgeNames(const ServiceTable &services, QVector<Problem> &problems)
+{
+    const QStringList environments = services.environments.keys();
+    const QStringList regions = services.regions();
+    const QVector<SettingsFile> files = environments.isEmpty() ? QVector<SettingsFile>() : settingsFiles();
+    for (const SettingsFile &settings : files) {
+        const QString name = settings.file.fileName();
+        if (!settings.environment().isEmpty() && !environments.contains(settings.environment()))
+            problems.append(
+                {text("environment-unknown"),
+                 text("The environment \"%1\" of %2 is not in the service table: \"%3\" is used instead.")
+                     .arg(settings.environment(), name, OXUrls::DefaultEnvironment),
+                 text("Set System/Environment to one of these: %1.").arg(environments.join(text(", ")))});
+        if (!settings.region().isEmpty() && !regions.contains(settings.region()))
+            problems.append({text("region-unknown"),
+                             text("The region \"%1\" of %2 is not in the service table, and has no effect.")
+                                 .arg(settings.region(), name),
+                             text("Set System/Region to one of these: %1.")
+                                 .arg(regions.isEmpty() ? text("(none)") : regions.join(text(", ")))});
+    }
+}
+
+Table deployment(const ServiceTable &services)
 {
     const QString environment = OXUrls::instance()->environment();
     const QString region = OXUrls::instance()->region();
     const QStringList environments = services.environments.keys();
     const QStringList regions = services.regions();
-    if (!environments.isEmpty() && !environment.isEmpty() && !environments.contains(environment))
-        problems.append(
-            {text("environment-unknown"),
-             text("The environment \"%1\" is not in the service table: \"%2\" is used instead.")
-                 .arg(environment, OXUrls::DefaultEnvironment),
-             text("Set System/Environment to one of these: %1.").arg(environments.join(text(", ")))});
-    if (!environments.isEmpty() && !region.isEmpty() && !regions.contains(region))
-        problems.append(
-            {text("region-unknown"),
-             text("The region \"%1\" is not in the service table, and has no effect.").arg(region),
-             regions.isEmpty()
-                 ? text("Take System/Region away.")
-                 : text("Set System/Region to one of these: %1.").arg(regions.join(text(", ")))});
     return {text("deployment"),
             text("Deployment"),
             {text("item"), text("value")},
@@ -94,8 +104,8 @@ Report examine(const QString &application, const QString &logFile)
     QVector<Problem> &problems = report.problems;
     report.tables = examineSettings(application, problems);
     const ServiceTable services(problems);
-    report.tables << deployment(services, problems) << serviceTable(services, problems)
-                  << examineMachine(problems) << examineLogs(logFile, problems)
-                  << examineRemoteAccess(problems) << categories();
+    judgeNames(services, problems);
+    report.tables << deployment(services) << serviceTable(services, problems) << examineMachine(problems)
+                  << examineLogs(logFile, problems) << examineRemoteAccess(problems) << categories();
     return report;
 }

@@ -41,10 +41,9 @@ int exportTo(const QString &path, const Report &report, const QString &logFile)
     QFile file(path);
     if (!file.open(QIODevice::NewOnly) || file.write(all) != all.size() || !file.flush())
         return fail(1, text("%1 cannot be written: %2.").arg(path, file.errorString()));
-    print(text("%1 holds the report, the settings, the service table and the ends of %2 log files. Look "
+    print(text("%1 holds the report, the settings, the service table and the end of every log file. Look "
                "through it for passwords before you mail it.\n")
-              .arg(path)
-              .arg(logs.size()));
+              .arg(path));
     return 0;
 }
 

@@ -166,8 +166,9 @@ Table examineLogs(const QString &path, QVector<Problem> &problems)
     const QStringList files = logFiles(path);
     for (const QString &name : files) {
         const QFileInfo file(name);
-        table.rows.append({name, file.exists(), file.size(),
-                           file.exists() ? file.lastModified().toString(Qt::ISODate) : QVariant()});
+        table.rows.append(
+            {name, file.exists(), file.size(),
+             file.exists() ? file.lastModified().toString(text("yyyy-MM-dd HH:mm:ss")) : QVariant()});
         if (file.exists() ? !file.isFile() || !file.isWritable() : !isWritable(file.path()))
             problems.append({text("log-unwritable"), text("The log file %1 cannot be written.").arg(name),
                              text("Name another with --logoutput FILE, or make its directory for the account "

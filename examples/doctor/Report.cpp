@@ -33,17 +33,38 @@ QStringList rowTexts(const QVariantList &row)
     return texts;
 }
 
-// The widest column gives way first.
+int longestWord(const QString &cell)
+{
+    const QStringList words = cell.split(QLatin1Char(' '));
+    return std::max_element(
+               words.cbegin(), words.cend(),
+               [](const QString &left, const QString &right) { return left.size() < right.size(); })
+        ->size();
+}
+
+// The widest column gives way first, and words are broken last.
 Widths columnWidths(const QVector<QStringList> &lines, int width)
 {
     constexpr int gap = 2;
-    Widths widths(lines.isEmpty() ? 0 : std::size_t(lines.first().size()), 0);
+    Widths widths(std::size_t(lines.first().size()), 0);
+    Widths words = widths;
     for (const QStringList &line : lines) {
-        for (int i = 0; i < line.size(); ++i)
-            widths[std::size_t(i)] = std::max(widths[std::size_t(i)], line.at(i).size());
+        for (int i = 0; i < line.size(); ++i) {
+            const auto column = std::size_t(i);
+            widths[column] = std::max(widths[column], line.at(i).size());
+            words[column] = std::max(words[column], longestWord(line.at(i)));
+        }
     }
-    while (width > 0 && std::accumulate(widths.cbegin(), widths.cend(), gap * int(widths.size())) > width)
-        --*std::max_element(widths.begin(), widths.end());
+    while (width > 0 && std::accumulate(widths.cbegin(), widths.cend(), gap * int(widths.size())) > width) {
+        std::size_t widest = 0;
+        for (std::size_t i = 1; i < widths.size(); ++i) {
+            const bool canBreak = widths[i] > words[i];
+            const bool couldBreak = widths[widest] > words[widest];
+            if (canBreak != couldBreak ? canBreak : widths[i] > widths[widest])
+                widest = i;
+        }
+        --widths[widest];
+    }
     return widths;
 }
 
@@ -73,9 +94,17 @@ QString alignedLines(QStringList cells, const Widths &widths)
     return lines;
 }
 
+QStringList headings(const QStringList &columns)
+{
+    QStringList names;
+    for (const QString &column : columns)
+        names << column.section(QLatin1Char('|'), 0, 0);
+    return names;
+}
+
 QString key(const QString &name)
 {
-    return name.toLower().replace(QLatin1Char(' '), QLatin1Char('_'));
+    return name.section(QLatin1Char('|'), -1).toLower().replace(QLatin1Char(' '), QLatin1Char('_'));
 }
 
 } // namespace
@@ -86,7 +115,7 @@ QString Table::toText(int width) const
     if (rows.isEmpty())
         lines.append({::text("none")});
     else if (columns.size() > 2)
-        lines.append(columns);
+        lines.append(headings(columns));
     std::transform(rows.cbegin(), rows.cend(), std::back_inserter(lines), rowTexts);
 
     const Widths widths = columnWidths(lines, width);
@@ -105,7 +134,7 @@ QJsonValue Table::toJson() const
         for (int i = 0; i < row.size(); ++i)
             object.insert(::key(columns.at(i)), QJsonValue::fromVariant(row.at(i)));
         array.append(object);
-        items.insert(::key(row.first().toString()), QJsonValue::fromVariant(row.last()));
+        items.insert(::key(row.first().toString()), array.last().toObject().value(text("value")));
     }
     return columns.first() == text("item") ? QJsonValue(items) : QJsonValue(array);
 }

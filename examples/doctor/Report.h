@@ -15,7 +15,7 @@
 struct Table {
     QString key; ///< in JSON
     QString title;
-    QStringList columns; ///< in JSON in lower case, with "_" for a blank
+    QStringList columns; ///< "heading" or "heading|name in JSON", there in lower case with "_" for a blank
     QVector<QVariantList> rows;
 
     /// The title and the aligned rows, with a line of headings when there are more than two columns; cells

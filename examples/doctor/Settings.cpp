@@ -29,7 +29,8 @@ QString origin(const SettingsFile &settings, const QString &application)
     if (!settings.file.exists())
         return text("none: defaults are in force");
     if (application.isEmpty())
-        return text("the old common file, which an application without settings takes over");
+        return text("the old common file, which an application without settings takes over; for another give "
+                    "--application");
     if (settings.application.isEmpty())
         return text("the old common file, which the application takes over at its next start");
     return text(contents(settings.file.filePath()) == contents(settingsPath(QString()))
@@ -123,7 +124,7 @@ QVector<Table> examineSettings(const QString &application, QVector<Problem> &pro
     for (const SettingsFile &settings : found) {
         files.rows.append({settings.file.fileName(), settings.application, settings.environment(),
                            settings.region(), settings.values.size(),
-                           settings.file.lastModified().toString(Qt::ISODate)});
+                           settings.file.lastModified().toString(text("yyyy-MM-dd HH:mm:ss"))});
         if (settings.isDamaged)
             problems.append({text("settings-damaged"),
                              text("The settings file %1 is damaged: what cannot be read has its default.")
