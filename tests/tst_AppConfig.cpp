@@ -1,9 +1,7 @@
 // What AppConfig does and answers inside a process that starts it up again and again. What a process shows to
-// the outside is the matter of tst_programs.
+// the outside is the matter of tst_AppConfigProcess.
 
 #include <AppConfig.h>
-#include <AppConfigProcess.h>
-#include <OXVersion.h>
 #include <platform/Platform.h>
 
 #include "Cases.h"
@@ -12,7 +10,6 @@
 #include <QTextCodec>
 
 #include <algorithm>
-#include <atomic>
 #include <csignal>
 #include <thread>
 
@@ -30,6 +27,9 @@ void setCommandLine(const QByteArray &arguments)
     std::transform(argumentTexts.begin(), argumentTexts.end(), argumentVector,
                    [](QByteArray &argument) { return argument.data(); });
 }
+
+// After the application object was destroyed that the test's own one follows.
+[[maybe_unused]] bool signalsWereGivenBack = false;
 
 // Returns whether the process should go on.
 bool start(const QByteArray &arguments)
@@ -74,11 +74,11 @@ private Q_SLOTS:
     {
         QVERIFY(QDir::setCurrent(m_sandbox.path()));
         qputenv("APPDATA", "user");
-        QVERIFY(AppConfig::version().isEmpty() && !AppConfig::application() && AppConfig::elapsedTime() == 0);
-        QCOMPARE(DebugInfoEnterExit::debugLevel, -1);
         AppConfig *other = nullptr;
         std::thread([&other] { other = AppConfig::Instance(); }).join();
-        QCOMPARE(other, AppConfig::instance());
+        QVERIFY(other == AppConfig::instance() && other->thread() == qApp->thread());
+        QVERIFY(AppConfig::version().isEmpty() && !AppConfig::application() && AppConfig::elapsedTime() == 0);
+        QCOMPARE(DebugInfoEnterExit::debugLevel, -1);
 
         // Two texts, because the library tells categories of one name apart by the address of the name.
         static const char names[][25] = {"Olvex.NetworkControl.Qml", "Olvex.NetworkControl.Qml"};
@@ -92,34 +92,9 @@ private Q_SLOTS:
 
         QVERIFY(AppConfig::loggingCategoriesFromIndex(0) && !AppConfig::loggingCategoriesFromIndex(-1));
         QVERIFY(!AppConfig::loggingCategoriesFromIndex(AppConfig::loggingCategories.size()));
+        QVERIFY(start("--null") && AppConfig::disableTimestamp); // is set only
         QVERIFY(AppConfig::elapsedTime() >= 0 && AppConfig::elapsedTimer.isValid());
         QVERIFY(!AppConfig::elapsedTimerLock.isLocked());
-    }
-
-    void readsOptions()
-    {
-        AppConfig::cmdArgInfo_t outside{9, -1}; // the end of the list ends the count, too
-        AppConfig::instance()->getArgValueCnt({"--many", -1, nullptr}, outside);
-        QCOMPARE(outside.valueCount, 1);
-
-        QVERIFY(start("--null --disablestamps --disablecrashdump --debugLevel 3"));
-        QVERIFY(AppConfig::nullOutput && AppConfig::disableTimestamp && AppConfig::disableCrashHandler);
-        QCOMPARE(DebugInfoEnterExit::debugLevel, 3);
-        QVERIFY(start("--debugLevel --null"));
-        QVERIFY(AppConfig::nullOutput && !AppConfig::disableTimestamp && !AppConfig::disableCrashHandler);
-        QCOMPARE(DebugInfoEnterExit::debugLevel, 0);
-    }
-
-    void resolvesPaths()
-    {
-        QVERIFY(startQuietly());
-        const QDir here = QDir::current();
-        QVERIFY(here.exists(AppConfig::varLogPath(QString())));
-        QVERIFY(!here.exists(AppConfig::factoryDataPath(QString())));
-        QCOMPARE(AppConfig::sharePath(QDir::rootPath()), QDir::rootPath());
-        QCOMPARE(AppConfig::sharePath(text("a") + QChar(0) + text("b")), here.filePath(text("a")));
-        const QString local = QString::fromLocal8Bit(text("日").toLocal8Bit()); // "?" in some code pages
-        QCOMPARE(AppConfig::sharePath(text("日")), here.filePath(local));
     }
 
     void opensSettings()
@@ -148,40 +123,42 @@ private Q_SLOTS:
         QCOMPARE(AppConfig::testSetting(key, 1), QVariant(3));
     }
 
-    void survivesBadInput()
+    void logsInOrder()
     {
-        const QByteArray rubbish("\xff\x00[\xfe=\n[[[\x01=\x02\\x]\n%\xf0", 18);
-        QVERIFY(QDir().mkdir(text("bad")) && writeFile("file", rubbish));
-        QVERIFY(writeFile("bad/Settings_test.ini", rubbish) && writeFile("bad/Settings.ini", rubbish));
-        for (const QByteArray &arguments :
-             {QByteArray("--varetcpath bad"), QByteArray("--varetcpath file/x --varlogpath file/x"),
-              QByteArray("--varetcpath a\xff\xc0"), QByteArray("x ").repeated(60000)}) {
-            QVERIFY(startQuietly(arguments));
-            QCOMPARE(AppConfig::settings()->value(text("System/Region")), QVariant());
-        }
-        QCOMPARE(readFile("bad/Settings.ini"), rubbish);
+        AppConfig::disableTimestamp = false;
+        QFile::remove(text("my.log"));
+        QVERIFY(start("--null --logoutput my.log"));
+        QCOMPARE(AppConfig::logOutputFile.fileName(), text("my.log"));
+        const QTime before = QTime::currentTime();
+        qInfo("first");
+        QCOMPARE(AppConfig::logOutputFile.write("raw\n"), 4);
+        qInfo("last");
+        const QRegularExpression end(text("(\\S+) \\| I \\| [^|]*: first\nraw\n[^\n]*: last\n$"));
+        const QString time = end.match(text(readFile("my.log"))).captured(1);
+        const QTime logged = QTime::fromString(time, text("h:mm:ss.zzz"));
+        QVERIFY2(before <= logged && logged <= QTime::currentTime(), qPrintable(time));
     }
 
-    void tellsVersions()
+    // The application's handler and filter hand everything on to those of the library that they replaced.
+    void forwardsOnce()
     {
-        for (const auto &[version, threeParts] :
-             {std::pair("8.0.2.1", "8.0.2"), std::pair("7.1-beta", "7.1"), std::pair("", "1.0.0")}) {
-            QCoreApplication::setApplicationVersion(text(version));
-            QCOMPARE(AppConfig::majorMiniorMicroVersion(), text(threeParts));
-        }
-        QVERIFY(startQuietly());
-        QCOMPARE(AppConfig::versionInfo(), text("test Ver. 1.2.3.4"));
-        QCOMPARE(AppConfig::buildStamp(), text("Sep 10 2021 12:00:10"));
-        QVERIFY(AppConfig::isPrototype() && !AppConfig::runAsUser() && AppConfig::application() == qApp);
-
-        QVERIFY(writeFile("version.txt", " \n 12.4 and more"));
-        QCOMPARE(AppConfig::systemVersion(), text("12.4"));
-        QVERIFY(QFile::remove(text("version.txt")));
-        QCOMPARE(AppConfig::systemVersion(), text("12.4")); // is kept
-
-        const QVariant version = QVariant::fromValue(OXVersion(text("1.2.3")));
-        QCOMPARE(version.toString(), text("1.2.3.0"));
-        QVERIFY(version.toBool() && !QVariant::fromValue(OXVersion()).toBool());
+        static QtMessageHandler handler;
+        static QLoggingCategory::CategoryFilter filter;
+        static int messages = 0;
+        handler =
+            qInstallMessageHandler([](QtMsgType type, const QMessageLogContext &context, const QString &t) {
+                ++messages;
+                handler(type, context, t);
+            });
+        filter = QLoggingCategory::installFilter(
+            [](QLoggingCategory *category) { filter ? filter(category) : void(); });
+        AppConfig::logOutputFile.close();
+        QFile::remove(text("my.log"));
+        QVERIFY(start("--logoutput my.log"));
+        messages = 0;
+        qCInfo(QLoggingCategory("new"), "forwarded");
+        QCOMPARE(messages, 1);
+        QCOMPARE(readFile("my.log").count("forwarded"), 1);
     }
 
     void logsEveryLineOfManyThreads()
@@ -210,7 +187,7 @@ private Q_SLOTS:
         const auto original = platform::showFatalReport;
         platform::showFatalReport = [](const char *title, const char *message) {
             qInfo("box %s: %s", title, message);
-            return qstrcmp(message, "shown") == 0 ? 1 : 0;
+            return int(*message == 's');
         };
         QVERIFY(startQuietly());
         const QtMessageHandler handler = qInstallMessageHandler(nullptr);
@@ -222,15 +199,11 @@ private Q_SLOTS:
         });
         QCOMPARE(QCoreApplication::exec(), 7); // the last one wins
         platform::showFatalReport = original;
-        QVERIFY2(looksLike(readFile("my.log"), R"(*
- | F | f: not shown
- | I | *: box Olvex Fatal error: not shown
- | F | f: shown
- | I | *: box Olvex Fatal error: shown
- | I | *: Application exit called with -1
- | I | *: Application exit called with 7
-)"),
-                 readFile("my.log"));
+        QVERIFY(looksLike(readFile("my.log"),
+                          "* | F | f: not shown\n | I | *: box Olvex Fatal error: not shown\n"
+                          " | F | f: shown\n | I | *: box Olvex Fatal error: shown\n"
+                          " | I | *: Application exit called with -1\n"
+                          " | I | *: Application exit called with 7\n"));
     }
 
     void endsOnSignal()
@@ -238,12 +211,23 @@ private Q_SLOTS:
 #ifdef Q_OS_WIN
         QSKIP("this system has no POSIX signals");
 #else
-        QVERIFY(startQuietly() && AppConfig::cleanExit() && AppConfig::cleanExit());
+        QVERIFY(signalsWereGivenBack);
+        std::signal(SIGHUP, SIG_IGN); // as for nohup
+        QVERIFY(startQuietly() && AppConfig::cleanExit());
         QSignalSpy requests(AppConfig::instance(), &AppConfig::shutdownRequested);
+        std::raise(SIGHUP);
+        QCoreApplication::processEvents();
+        QCOMPARE(requests.size(), 0); // nor is that of the first application object left
+        std::signal(SIGHUP, SIG_DFL);
+        QVERIFY(AppConfig::cleanExit());
+        QTimer deadline;
+        connect(&deadline, &QTimer::timeout, [] { QCoreApplication::exit(9); });
+        deadline.start(20000);
         for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
-            QTimer::singleShot(0, qApp, [number] { std::raise(number); });
-            QCOMPARE(QCoreApplication::exec(), 0);
+            std::raise(number);
+            QCoreApplication::processEvents(); // reads it before there is a loop to end
             QCOMPARE(requests.takeFirst(), QVariantList{number});
+            QCOMPARE(QCoreApplication::exec(), 0);
         }
         errno = 42;
         for (int i = 0; i < 20000; ++i) // nobody reads them meanwhile
@@ -254,27 +238,6 @@ private Q_SLOTS:
 #endif
     }
 
-    // By break and close events, which the system reports on threads of its own and to which it ends the
-    // process as soon as they return. Wine sends neither; tst_programs receives what it does send.
-    void endsOnConsoleEvents()
-    {
-        QVERIFY(startQuietly());
-        std::atomic<int> handled{0};
-        std::vector<std::thread> system;
-        QTimer::singleShot(0, qApp, [&] {
-            for (const unsigned long event : {1UL, 2UL})
-                system.emplace_back([&handled, event] { handled += cleanWindowsExit(event) ? 1 : 100; });
-        });
-        QCOMPARE(QCoreApplication::exec(), 0);
-        QCOMPARE(handled.load(), 0); // there is time to wind down
-        for (std::thread &thread : system)
-            thread.join();
-        QCOMPARE(handled.load(), 2);
-        const QByteArray log = readFile("my.log");
-        for (const char *line : {"cleanWindowsExit 1", "cleanWindowsExit 2", "exit called with 0"})
-            QVERIFY2(log.contains(line), log);
-    }
-
 private:
     QTemporaryDir m_sandbox; // the working directory
 };
@@ -282,6 +245,14 @@ private:
 int main(int argc, char **argv)
 {
     setCommandLine("");
+#ifndef Q_OS_WIN
+    {
+        const QCoreApplication first(argumentCount, argumentVector);
+        if (AppConfig::cleanExit())
+            std::raise(SIGTERM);
+    }
+    signalsWereGivenBack = std::signal(SIGTERM, SIG_DFL) == SIG_DFL;
+#endif
     const QCoreApplication application(argumentCount, argumentVector);
     tst_AppConfig test;
     return QTest::qExec(&test, argc, argv);

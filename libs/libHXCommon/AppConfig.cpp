@@ -32,6 +32,8 @@ AppConfig::AppConfig()
     // Also makes the category before this object, so that it outlives it.
     qCDebug(appConfigCategory);
 
+    if (const QCoreApplication *const application = QCoreApplication::instance())
+        moveToThread(application->thread());
     qRegisterMetaType<OXVersion>();
     QMetaType::registerConverter(&OXVersion::toString);
     QMetaType::registerConverter(&OXVersion::isValid);
@@ -43,8 +45,7 @@ AppConfig::~AppConfig()
 {
     qCDebug(appConfigCategory) << "Begin";
     qDeleteAll(m_arguments);
-    if (oldMsgHandler)
-        qInstallMessageHandler(oldMsgHandler);
+    removeLogHandler();
     forgetLoggingCategories();
     if (logOutputFile.isOpen())
         logOutputFile.close();

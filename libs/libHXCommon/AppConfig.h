@@ -61,7 +61,8 @@ public:
         qint32 valueCount; ///< Values the option takes, -1 when it does not occur or is not registered.
     };
 
-    /// The one object; made on the first call, from whichever thread that is.
+    /// The one object; made on the first call, from whichever thread that is. It lives in the thread of the
+    /// application object if there is one by then.
     static AppConfig *instance();
     /// The same as instance().
     static AppConfig *Instance();
@@ -77,7 +78,9 @@ public:
      * reported on standard error, a service table that cannot be read by a warning of OXUrls, and a directory
      * or settings file that cannot be made is left to whoever uses it.
      *
-     * May be called again; the settings object is then replaced.
+     * May be called again; the settings object is then replaced. A message handler or category filter that
+     * the application has installed meanwhile then comes behind those of the library, and may go on passing
+     * everything to them.
      * @param applicationName goes into the name of the settings file
      * @param version used unless the application object has a version already (on Windows it may have one
      * from its version resource); when both are empty the version of this library is used
@@ -299,7 +302,8 @@ public:
     /// Whether messages are kept from oldMsgHandler; true until the command line was read, then as "--null"
     /// says.
     static bool nullOutput;
-    /// Whether lines of the log file start without the time ("--disablestamps").
+    /// Whether lines of the log file start without the time; set by "--disablestamps", and never cleared
+    /// here.
     static bool disableTimestamp;
     /// Whether the application is to leave its crash handler off ("--disablecrashdump").
     static bool disableCrashHandler;
@@ -355,9 +359,13 @@ public:
      * Makes a request of the operating system to end the process a clean exit with code 0.
      *
      * On Windows these are the console's close and break events. On POSIX systems SIGINT, SIGTERM and SIGHUP
-     * are forwarded to the main thread's event loop, which emits shutdownRequested() first. Call it on the
-     * main thread.
-     * @return whether the handler could be installed; on POSIX systems that needs the application object
+     * are forwarded to the main thread's event loop, which emits shutdownRequested() first. A request that a
+     * loop before QCoreApplication::exec() has read, such as that of a dialog, ends that loop and is then
+     * repeated every 100 ms until QCoreApplication::aboutToQuit(). A signal that is ignored stays ignored
+     * (nohup). The former actions come back when the application object is destroyed. Call it on the main
+     * thread.
+     * @return whether the handler could be installed; on POSIX systems that needs the application object, and
+     * nothing is changed without it
      */
     static bool cleanExit();
 
@@ -473,8 +481,6 @@ public:
     static qint32 debugLevel;
 
 private:
-    void log(const char *event) const;
-
     const char *m_signature;
     qint32 m_level;
 };

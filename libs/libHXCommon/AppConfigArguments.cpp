@@ -218,8 +218,9 @@ void AppConfig::installMessageHandler()
 {
     QString pattern = QStringLiteral("%{if-warning}Warning | %{endif}%{if-critical}Critical | %{endif}"
                                      "%{if-fatal}Fatal | %{endif}%{function} | %{message}");
-    disableTimestamp = isGiven("--disablestamps");
-    if (!disableTimestamp)
+    if (isGiven("--disablestamps"))
+        disableTimestamp = true;
+    else
         pattern.prepend(QLatin1String("%{time h:mm:ss.zzz} | "));
     qSetMessagePattern(pattern);
     installLogHandler();

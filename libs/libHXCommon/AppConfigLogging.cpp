@@ -35,6 +35,13 @@ namespace {
 std::mutex categoriesMutex;
 QLoggingCategory::CategoryFilter previousFilter = nullptr;
 
+// What stood there before initialize() was called first. When it is called again under a handler or filter of
+// the application, that gets each message and category from ours and may hand it on to ours again: then these
+// are next.
+QtMessageHandler firstHandler = nullptr;
+QLoggingCategory::CategoryFilter firstFilter = nullptr;
+bool isHandlerInstalledAgain = false;
+
 // ---- log file lines
 
 // "h:mm:ss.zzz", without the locale: its first use by several threads at once can yield an empty text.
@@ -89,12 +96,22 @@ void reportFatal(const QString &text)
 
 void handleMessage(QtMsgType type, const QMessageLogContext &context, const QString &text)
 {
+    static thread_local bool isForwarding = false;
+    if (isHandlerInstalledAgain && isForwarding) {
+        firstHandler(type, context, text);
+        return;
+    }
     if (AppConfig::logOutputFile.isOpen()) {
         const QByteArray line = logLine(type, context, text);
         platform::append(AppConfig::logOutputFile.handle(), line.constData(), std::size_t(line.size()));
     }
-    if (!AppConfig::nullOutput && AppConfig::oldMsgHandler)
+    if (!AppConfig::nullOutput && AppConfig::oldMsgHandler) {
+        if (isHandlerInstalledAgain)
+            isForwarding = true;
         AppConfig::oldMsgHandler(type, context, text);
+        if (isHandlerInstalledAgain)
+            isForwarding = false;
+    }
     if (type == QtFatalMsg)
         reportFatal(text);
 }
@@ -115,14 +132,21 @@ bool registerCategory(QLoggingCategory *category)
 // Runs under a lock of Qt's category registry: it must neither log nor touch a category for the first time.
 void filterCategory(QLoggingCategory *category)
 {
+    static thread_local bool isForwarding = false;
+    if (isForwarding) {
+        firstFilter(category);
+        return;
+    }
     // On first sight only, so that the application can switch it on again; before and after, because Qt's own
     // filter sets every level of a category.
     const bool silence =
         registerCategory(category) && qstrcmp(category->categoryName(), "Olvex.NetworkControl.Qml") == 0;
     if (silence)
         category->setEnabled(QtDebugMsg, false);
+    isForwarding = true;
     if (previousFilter)
         previousFilter(category);
+    isForwarding = false;
     if (silence)
         category->setEnabled(QtDebugMsg, false);
 }
@@ -132,8 +156,11 @@ void filterCategory(QLoggingCategory *category)
 void installLoggingFilter()
 {
     const QLoggingCategory::CategoryFilter previous = QLoggingCategory::installFilter(&filterCategory);
-    if (previous != &filterCategory)
-        previousFilter = previous;
+    if (previous == &filterCategory)
+        return;
+    if (!firstFilter)
+        firstFilter = previous;
+    previousFilter = previous;
 }
 
 void forgetLoggingCategories()
@@ -145,8 +172,21 @@ void forgetLoggingCategories()
 void installLogHandler()
 {
     const QtMessageHandler previous = qInstallMessageHandler(&handleMessage);
-    if (previous != &handleMessage)
-        AppConfig::oldMsgHandler = previous;
+    if (previous == &handleMessage)
+        return;
+    if (firstHandler)
+        isHandlerInstalledAgain = true;
+    else
+        firstHandler = previous;
+    AppConfig::oldMsgHandler = previous;
+}
+
+void removeLogHandler()
+{
+    if (AppConfig::oldMsgHandler)
+        qInstallMessageHandler(AppConfig::oldMsgHandler);
+    if (isHandlerInstalledAgain)
+        AppConfig::oldMsgHandler = firstHandler; // the one installed now may still hand on to ours
 }
 
 QLoggingCategory *AppConfig::loggingCategoriesFromIndex(qint32 index)
@@ -164,16 +204,12 @@ qint32 DebugInfoEnterExit::debugLevel = -1;
 DebugInfoEnterExit::DebugInfoEnterExit(const char *signature, qint32 level)
     : m_signature(signature), m_level(level)
 {
-    log("Enter");
+    if (m_level <= debugLevel)
+        qDebug("%s: Enter", m_signature);
 }
 
 DebugInfoEnterExit::~DebugInfoEnterExit()
 {
-    log("Exit");
-}
-
-void DebugInfoEnterExit::log(const char *event) const
-{
     if (m_level <= debugLevel)
-        qDebug("%s: %s", m_signature, event);
+        qDebug("%s: Exit", m_signature);
 }

@@ -16,4 +16,7 @@ void forgetLoggingCategories();
 /// Installs the handler that writes the log file, and keeps the previous one in AppConfig::oldMsgHandler.
 void installLogHandler();
 
+/// Gives its place back to AppConfig::oldMsgHandler.
+void removeLogHandler();
+
 #endif

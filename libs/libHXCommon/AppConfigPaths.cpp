@@ -83,8 +83,8 @@ QString AppConfig::filePath(const QDir &directory, const QString &file)
 
 QString AppConfig::createdFilePath(const QDir &directory, const QString &file)
 {
-    if (!directory.exists())
-        directory.mkpath(QStringLiteral("."));
+    // The path that is returned does not follow the working directory, as a relative QDir would.
+    QDir().mkpath(directory.absolutePath());
     return filePath(directory, file);
 }
 

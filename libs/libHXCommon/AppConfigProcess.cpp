@@ -8,6 +8,7 @@
 #include <QPointer>
 #include <QSocketNotifier>
 #include <QThread>
+#include <QTimer>
 
 HXAtomicLock AppConfig::elapsedTimerLock;
 QElapsedTimer AppConfig::elapsedTimer;
@@ -15,23 +16,40 @@ int AppConfig::signalsFD[2] = {-1, -1};
 
 namespace {
 
-void deliverSignals()
-{
-    for (int number = 0; (number = platform::readSignal(AppConfig::signalsFD[0])) != -1;)
-        AppConfig::instance()->signalReceived(number);
-}
+// Receives the signals on behalf of the application object, as long as that lives.
+class SignalWatch : public QObject {
+public:
+    explicit SignalWatch(QCoreApplication *application)
+        : QObject(application), m_notifier(AppConfig::signalsFD[0], QSocketNotifier::Read)
+    {
+        while (platform::readSignal(AppConfig::signalsFD[0]) != -1) { } // left over from an earlier one
+        connect(&m_notifier, &QSocketNotifier::activated, this, &SignalWatch::deliver);
+        // A loop that ran before exec() has swallowed the request.
+        connect(&m_repetition, &QTimer::timeout, application, [] { QCoreApplication::exit(0); });
+        connect(application, &QCoreApplication::aboutToQuit, &m_repetition, &QTimer::stop);
+    }
+    ~SignalWatch() override { platform::restoreTerminationHandlers(); }
 
-// The notifier ends with the application object; a later one gets a new notifier.
+private:
+    void deliver()
+    {
+        for (int number = 0; (number = platform::readSignal(AppConfig::signalsFD[0])) != -1;)
+            AppConfig::instance()->signalReceived(number);
+        m_repetition.start(100);
+    }
+
+    QSocketNotifier m_notifier;
+    QTimer m_repetition;
+};
+
 bool watchSignals()
 {
-    static QPointer<QSocketNotifier> notifier;
+    static QPointer<QObject> watch;
     QCoreApplication *const application = QCoreApplication::instance();
-    if (!application)
+    if (!application || !platform::openChannel(AppConfig::signalsFD))
         return false;
-    if (!notifier) {
-        notifier = new QSocketNotifier(AppConfig::signalsFD[0], QSocketNotifier::Read, application);
-        QObject::connect(notifier, &QSocketNotifier::activated, application, &deliverSignals);
-    }
+    if (!watch)
+        watch = new SignalWatch(application);
     return true;
 }
 
@@ -57,8 +75,8 @@ void AppConfig::exit(qint32 code)
 
 bool AppConfig::cleanExit()
 {
-    return platform::installTerminationHandlers({&signalHandler, &cleanWindowsExit}, signalsFD)
-        && (!platform::hasTerminationSignals || watchSignals());
+    return (!platform::hasTerminationSignals || watchSignals())
+        && platform::installTerminationHandlers({&signalHandler, &cleanWindowsExit});
 }
 
 void AppConfig::signalHandler(int signal, void *, void *)

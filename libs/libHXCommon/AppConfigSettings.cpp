@@ -5,6 +5,25 @@
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QFileInfo>
+#include <QSaveFile>
+
+namespace {
+
+// Leaves the file as it is when that fails.
+void replaceByCopy(const QString &path, const QString &sourcePath)
+{
+    QFile source(sourcePath);
+    QSaveFile copy(path);
+    if (!source.open(QIODevice::ReadOnly) || !copy.open(QIODevice::WriteOnly))
+        return;
+    copy.setPermissions(source.permissions());
+    const QByteArray contents = source.readAll();
+    // Asked here because commit() does not look at what is written last.
+    if (source.error() == QFileDevice::NoError && copy.write(contents) == contents.size() && copy.flush())
+        copy.commit();
+}
+
+} // namespace
 
 QString AppConfig::settingIniPath(bool migrate)
 {
@@ -15,7 +34,7 @@ QString AppConfig::settingIniPath(bool migrate)
 
     const QFileInfo own(path);
     const QFileInfo old(varEtcPath(QStringLiteral("Settings.ini")));
-    const bool oldExists = old.lastModified().isValid();
+    const bool oldExists = old.isFile() && old.lastModified().isValid();
     if (own.exists() && (!oldExists || own.lastModified() >= old.lastModified()))
         return path;
 
@@ -23,8 +42,8 @@ QString AppConfig::settingIniPath(bool migrate)
     qCInfo(appConfigCategory) << "Using old Settings.ini file," << own.fileName()
                               << "Last modified:" << old.lastModified() << "-" << own.fileName()
                               << "last modified:" << own.lastModified();
-    QFile::remove(path);
-    QFile::copy(old.filePath(), path);
+    if (oldExists)
+        replaceByCopy(path, old.filePath());
     return path;
 }
 

@@ -8,10 +8,6 @@
 #include <QMetaType>
 #include <QString>
 
-// Some C libraries define these two as macros (sys/sysmacros.h).
-#undef major
-#undef minor
-
 /**
  * A software version of the form major.minor.patch, optionally with a build number and a type word.
  *
@@ -42,7 +38,7 @@ public:
      * "1.2.3-rc"). Text that merely starts with three numbers gives those three, without build and type.
      * Anything else, such as "1.2", gives an invalid version. A number beyond 64 bits reads as 0.
      */
-    explicit OXVersion(const QString &versionString);
+    OXVersion(const QString &versionString);
 
     /**
      * Whether both versions have the same major and minor number.
@@ -68,6 +64,7 @@ public:
     /// "major.minor.patch.build", with "-type" behind it if there is a type; empty for an invalid version.
     Q_INVOKABLE QString toString() const;
 
+    // sys/sysmacros.h defines major and minor as macros with an argument, which leaves these alone.
     qint64 major = 0; ///< First number.
     qint64 minor = 0; ///< Second number.
     qint64 patch = 0; ///< Third number.

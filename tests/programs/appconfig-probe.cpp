@@ -3,21 +3,28 @@
 
 #include <AgeGroups.h>
 #include <AppConfig.h>
+#include <AppConfigProcess.h>
 #include <FileSync.h>
 #include <OXUrls.h>
+#include <OXVersion.h>
 #include <Product.h>
+#include <platform/Platform.h>
 
 #include <QCoreApplication>
+#include <QDateTime>
 #include <QDebug>
 #include <QThread>
 #include <QTimer>
 
 #include <map>
+#include <thread>
 
 #ifdef Q_OS_WIN
 #    include <io.h>
 #    include <windows.h>
 #else
+#    include <csignal>
+#    include <sys/resource.h>
 #    include <unistd.h>
 #endif
 
@@ -29,45 +36,107 @@ const bool early = [] {
     AppConfig::instance()->addArgument("--do", 1, "<word> Says what to do");
     AgeGroups::setAgeGroupLimits({{QStringLiteral("early"), 0}});
     FileSync::setRemoteUser(QString::fromLatin1(AppConfig::cmdArgs.constLast().name));
-    return AppConfig::loggingCategories.isEmpty()
-        && BM_HXCommon::Product::ManikinProductTypeMap.contains(1) && !OXUrls::DefaultEnvironment.isEmpty();
+    AppConfig::cleanExit(); // needs an application object and leaves the signals alone
+    return AppConfig::loggingCategories.isEmpty() && !OXUrls::DefaultEnvironment.isEmpty()
+        && BM_HXCommon::Product::ManikinProductTypeMap.contains(1);
 }();
+
+QString argument(const char *option, const char *otherwise)
+{
+    return AppConfig::instance()->argumentValue(QString::fromLatin1(option), QString::fromLatin1(otherwise));
+}
+
+void print(const QStringList &lines)
+{
+    for (const QString &line : lines)
+        std::puts(qPrintable(line));
+}
 
 // --name: the option. Prints its index, its number of values, its value (or "d"), its number (or 5) and all
 // values.
 void lookOptionUp()
 {
     const AppConfig &config = *AppConfig::instance();
-    const QString option = config.argumentValue(QStringLiteral("name"), QString());
+    const QString option = argument("name", "");
     const AppConfig::cmdArgInfo_t info = config.getArgInfo(option);
     QString found;
     QDebug(&found).noquote() << info.index << info.valueCount
                              << config.argumentValue(option, QStringLiteral("d"))
                              << config.argumentValue(option, 5) << config.argumentValues(option);
-    std::puts(qPrintable(found));
+    print({found});
 }
 
+// What the flags of the command line have set, and the number of values beyond its end.
+void printFlags()
+{
+    AppConfig::cmdArgInfo_t outside{99, -1};
+    AppConfig::instance()->getArgValueCnt({"--many", -1, nullptr}, outside);
+    std::printf("%d %d %d %d %d\n", AppConfig::nullOutput, AppConfig::disableTimestamp,
+                AppConfig::disableCrashHandler, DebugInfoEnterExit::debugLevel, outside.valueCount);
+}
+
+QString directoriesIn(const char *path)
+{
+    const QDir directory(QString::fromLatin1(path));
+    return directory.entryList(QDir::Dirs | QDir::NoDotAndDotDot).join(QLatin1Char(' '));
+}
+
+// --name: the file. Behind it there is a NUL, shown as "0". --pair: the local directory of QML files.
 void printPaths()
 {
-    const QString f = QStringLiteral("f");
-    for (QString path :
-         {AppConfig::tmpPath(f), AppConfig::confPath(f), AppConfig::sharePath(f),
-          AppConfig::factoryDataPath(f), AppConfig::persistentStoragePath(f), AppConfig::binPath(f),
-          AppConfig::dravikPath(f), AppConfig::varPath(f), AppConfig::varEtcPath(f), AppConfig::varLogPath(f),
-          AppConfig::soundsPath(f), AppConfig::pluginsPath(f), AppConfig::qmlLocalPath(f),
-          AppConfig::sysInfoPath(), AppConfig::ioMapIniPath(), AppConfig::guidelinesIniPath(),
-          AppConfig::paramterIniPath(), AppConfig::paramterIniPathTHA(), AppConfig::settingIniPath(false)}) {
-        path.replace(QDir::currentPath(), QStringLiteral("HERE"));
-        std::puts(qPrintable(path.replace(QDir::tempPath(), QStringLiteral("TMP"))));
-    }
+    qputenv("QML_LOCAL_PATH", argument("pair", "").toLatin1());
+    const QString f = argument("name", "f") + QChar(0);
+    QString paths = QStringList{AppConfig::tmpPath(f),
+                                AppConfig::confPath(f),
+                                AppConfig::sharePath(f),
+                                AppConfig::factoryDataPath(f),
+                                AppConfig::persistentStoragePath(f),
+                                AppConfig::binPath(f),
+                                AppConfig::dravikPath(f),
+                                AppConfig::varPath(f),
+                                AppConfig::varEtcPath(f),
+                                AppConfig::varLogPath(f),
+                                AppConfig::soundsPath(f),
+                                AppConfig::pluginsPath(f),
+                                AppConfig::qmlLocalPath(f),
+                                AppConfig::sysInfoPath(),
+                                AppConfig::ioMapIniPath(),
+                                AppConfig::guidelinesIniPath(),
+                                AppConfig::paramterIniPath(),
+                                AppConfig::paramterIniPathTHA(),
+                                AppConfig::settingIniPath(false)}
+                        .join(QLatin1Char('\n'));
+    const QString here = QDir::currentPath();
+    QDir().rmdir(AppConfig::varLogPath(QString()));
+    QDir::setCurrent(QDir::tempPath());
+    AppConfig::varLogPath(QString()); // makes the directory again where it was
+    QDir::setCurrent(here);
+    paths.replace(here, QStringLiteral("HERE")).replace(QChar(0), QLatin1Char('0'));
+    print({paths.replace(QDir::tempPath(), QStringLiteral("TMP")), directoriesIn("."),
+           directoriesIn("appdata/Brantel Medical"), directoriesIn("appdata/Brantel Medical/Olvex/var")});
 }
 
-// The region, and the files beside the settings.
+// --name: what the application object says.
+void printVersions()
+{
+    QCoreApplication::setApplicationVersion(argument("name", "1.2.3.4"));
+    print({AppConfig::majorMiniorMicroVersion(), AppConfig::versionInfo(), AppConfig::buildStamp(),
+           AppConfig::systemVersion()});
+    QFile::remove(QStringLiteral("version.txt"));
+    const QVariant version = QVariant::fromValue(OXVersion(QStringLiteral("1.2.3")));
+    print({AppConfig::systemVersion(), version.toString()});
+    std::printf("%d %d %d %d %d\n", version.toBool(), QVariant::fromValue(OXVersion()).toBool(),
+                AppConfig::isPrototype(), AppConfig::runAsUser(), AppConfig::application() == qApp);
+}
+
+// The region, after the old settings have changed, and the files beside the settings.
 void printSettings()
 {
-    std::puts(qPrintable(AppConfig::settings()->value(QStringLiteral("System/Region")).toString()));
-    std::puts(
-        qPrintable(QDir(AppConfig::varEtcPath(QString())).entryList(QDir::Files).join(QLatin1Char(' '))));
+    QFile old(AppConfig::varEtcPath(QStringLiteral("Settings.ini")));
+    if (old.open(QIODevice::ReadWrite | QIODevice::ExistingOnly))
+        old.setFileTime(QDateTime::currentDateTime().addSecs(60), QFile::FileModificationTime);
+    print({AppConfig::settings()->value(QStringLiteral("System/Region")).toString(),
+           QDir(AppConfig::varEtcPath(QString())).entryList(QDir::Files).join(QLatin1Char(' '))});
 }
 
 // Every level, a message without a function, and traces of two levels.
@@ -80,46 +149,79 @@ void logAll()
     const DebugInfoEnterExit hidden("F::n", 2);
 }
 
-// After a failed redirection, what is written to the descriptor must not land in the next file opened.
-void writeToDescriptor()
+// After a failed redirection, what is written to the descriptors must not land in the next file opened.
+void writeToDescriptors()
 {
     QFile file(QStringLiteral("victim.txt"));
     file.open(QIODevice::WriteOnly);
-    static_cast<void>(!::write(1, "raw", 3));
+    for (const int descriptor : {1, 2})
+        static_cast<void>(!::write(descriptor, "raw", 3));
     qInfo("victim has %d bytes", int(file.size()));
 }
 
-// Sends a console event to itself, through a console of its own. Were the event not handled, the process
-// would end.
+// On Windows the system sends it, through a console of the process, which would end if it were not handled.
 void raiseConsoleEvent()
 {
 #ifdef Q_OS_WIN
     FreeConsole();
     AllocConsole();
+    const auto raise = [] { GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0); };
+#else
+    const auto raise = [] { std::thread([] { qInfo("handled=%d", cleanWindowsExit(0)); }).detach(); };
+#endif
     qInfo("installed=%d", AppConfig::cleanExit());
-    QTimer::singleShot(0, [] { GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0); });
+    QTimer::singleShot(0, raise);
     qInfo("loop left with %d", QCoreApplication::exec());
     QThread::sleep(6); // the handler returns meanwhile
     qInfo("alive");
-#endif
 }
 
-const std::map<QString, void (*)()> actions = {
-    {QString(), [] {}},
-    {QStringLiteral("early"),
+#ifndef Q_OS_WIN
+// A log whose reader goes away.
+void breakPipe()
+{
+    int pipe[2];
+    static_cast<void>(!::pipe(pipe));
+    AppConfig::logOutputFile.setFileName(QStringLiteral("/dev/fd/%1").arg(pipe[1]));
+    platform::openForAppending(AppConfig::logOutputFile);
+    ::close(pipe[0]);
+    qInfo("read by nobody");
+}
+
+// Migrates once more when no file may grow beyond 100 bytes.
+void fillDisk()
+{
+    printSettings();
+    std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit{100, RLIM_INFINITY};
+    ::setrlimit(RLIMIT_FSIZE, &limit);
+    AppConfig::settingIniPath(true);
+    printSettings();
+}
+#endif
+
+const std::map<QByteArray, void (*)()> actions = {
+    {"", [] {}},
+    {"early",
      [] {
-         qInfo("%d %s %s", early, qPrintable(AgeGroups::getAgeGroup(1)), qPrintable(FileSync::m_RemoteUser));
+         print({AgeGroups::getAgeGroup(1), FileSync::m_RemoteUser, QString::number(early)});
      }},
-    {QStringLiteral("look-up"), lookOptionUp},
-    {QStringLiteral("paths"), printPaths},
-    {QStringLiteral("settings"), printSettings},
-    {QStringLiteral("log"), logAll},
-    {QStringLiteral("warn"), [] { qWarning("a warning"); }},
-    {QStringLiteral("fatal"), [] { qFatal("the end"); }},
-    {QStringLiteral("late-exit"),
-     [] { QObject::connect(qApp, &QObject::destroyed, [] { AppConfig::exit(9); }); }},
-    {QStringLiteral("descriptor"), writeToDescriptor},
-    {QStringLiteral("console-event"), raiseConsoleEvent},
+    {"look-up", lookOptionUp},
+    {"flags", printFlags},
+    {"paths", printPaths},
+    {"versions", printVersions},
+    {"settings", printSettings},
+    {"log", logAll},
+    {"warn", [] { qWarning("a warning"); }},
+    {"fatal", [] { qFatal("the end"); }},
+    {"late-exit", [] { QObject::connect(qApp, &QObject::destroyed, [] { AppConfig::exit(9); }); }},
+    {"descriptors", writeToDescriptors},
+    {"console-event", raiseConsoleEvent},
+#ifndef Q_OS_WIN
+    {"terminate", [] { std::raise(SIGTERM); }},
+    {"broken-pipe", breakPipe},
+    {"full", fillDisk},
+#endif
 };
 
 } // namespace
@@ -133,7 +235,9 @@ int main(int argc, char **argv)
     config.addArgument("--many", -1, nullptr);
     config.addArgument("--tmppath", 0, "Loses against the built-in option");
     config.showBuiltinHelp = !AppConfig::argumentExits(QStringLiteral("plain"));
+    if (AppConfig::argumentExits(QStringLiteral("early-version")))
+        print({AppConfig::systemVersion()});
     if (!config.initialize(QStringLiteral("probe"), QStringLiteral("1.2.3.4")))
-        actions.at(config.argumentValue(QStringLiteral("do"), QString()))();
+        actions.at(argument("do", "").toLatin1())();
     return 0;
 }

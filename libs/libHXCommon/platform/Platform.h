@@ -19,7 +19,8 @@ struct TimeOfDay {
 /// The current local time, following a change of the time zone within a second; from any thread.
 TimeOfDay localTimeOfDay();
 
-/// Opens a named file so that append() adds to its end, and makes it when missing.
+/// Opens a named file, unbuffered, so that append() adds to its end, and makes it when missing. POSIX: a
+/// FIFO whose reader has gone no longer ends the process from then on.
 bool openForAppending(QFile &file);
 
 /// Adds all bytes in one piece to a file opened so; from any thread, errors are ignored.
@@ -50,12 +51,16 @@ struct TerminationHandlers {
     bool (*consoleEvent)(unsigned long event);
 };
 
-/**
- * Installs @p handlers with the operating system.
- * @param channel POSIX: filled with a non-blocking socket pair unless it holds one already
- * @return whether that succeeded
- */
-bool installTerminationHandlers(const TerminationHandlers &handlers, int channel[2]);
+/// Installs @p handlers with the operating system, but on POSIX systems for no signal that is ignored.
+/// @return whether that succeeded
+bool installTerminationHandlers(const TerminationHandlers &handlers);
+
+/// POSIX: gives the signals the actions back that installTerminationHandlers() has replaced.
+void restoreTerminationHandlers();
+
+/// POSIX: fills @p channel with a non-blocking socket pair unless it holds one already.
+/// @return whether it holds one
+bool openChannel(int channel[2]);
 
 /// Writes a signal number to a channel; async-signal-safe, never blocks, keeps errno.
 void writeSignal(int descriptor, int number);

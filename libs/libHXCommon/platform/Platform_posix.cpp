@@ -6,12 +6,12 @@
 #include <chrono>
 #include <csignal>
 #include <ctime>
-#include <initializer_list>
 #include <thread>
 
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace platform {
@@ -31,11 +31,11 @@ void handleSignal(int number, siginfo_t *info, void *context)
     signalHandler(number, info, context);
 }
 
-bool openChannel(int channel[2])
-{
-    return channel[0] != -1
-        || ::socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0, channel) == 0;
-}
+struct TerminationSignal {
+    int number;
+    struct sigaction former;
+};
+TerminationSignal terminationSignals[] = {{SIGINT, {}}, {SIGTERM, {}}, {SIGHUP, {}}};
 
 } // namespace
 
@@ -60,7 +60,15 @@ TimeOfDay localTimeOfDay()
 
 bool openForAppending(QFile &file)
 {
-    return file.open(QIODevice::WriteOnly | QIODevice::Append);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered))
+        return false;
+    struct stat status { };
+    struct sigaction action { };
+    // As Qt does for its own pipes and sockets.
+    if (::fstat(file.handle(), &status) == 0 && S_ISFIFO(status.st_mode)
+        && ::sigaction(SIGPIPE, nullptr, &action) == 0 && action.sa_handler == SIG_DFL)
+        std::signal(SIGPIPE, SIG_IGN);
+    return true;
 }
 
 void append(int descriptor, const char *data, std::size_t size)
@@ -93,19 +101,39 @@ void parkOnNullDevice(int descriptor)
     ::close(null);
 }
 
-bool installTerminationHandlers(const TerminationHandlers &handlers, int channel[2])
+bool installTerminationHandlers(const TerminationHandlers &handlers)
 {
-    if (!openChannel(channel))
-        return false;
     signalHandler = handlers.signal;
     struct sigaction action { };
     action.sa_sigaction = &handleSignal;
     action.sa_flags = SA_SIGINFO | SA_RESTART;
     ::sigemptyset(&action.sa_mask);
     bool installed = true;
-    for (const int number : {SIGINT, SIGTERM, SIGHUP})
-        installed = ::sigaction(number, &action, nullptr) == 0 && installed;
+    for (auto &[number, former] : terminationSignals) {
+        struct sigaction current { };
+        ::sigaction(number, nullptr, &current);
+        // Ignored in jobs that are to survive the terminal, such as those of nohup.
+        if (current.sa_handler == SIG_IGN || current.sa_sigaction == &handleSignal)
+            continue;
+        installed = ::sigaction(number, &action, &former) == 0 && installed;
+    }
     return installed;
+}
+
+void restoreTerminationHandlers()
+{
+    for (const auto &[number, former] : terminationSignals) {
+        struct sigaction current { };
+        ::sigaction(number, nullptr, &current);
+        if (current.sa_sigaction == &handleSignal)
+            ::sigaction(number, &former, nullptr);
+    }
+}
+
+bool openChannel(int channel[2])
+{
+    return channel[0] != -1
+        || ::socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0, channel) == 0;
 }
 
 void writeSignal(int descriptor, int number)

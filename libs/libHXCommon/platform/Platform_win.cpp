@@ -35,24 +35,19 @@ TimeOfDay localTimeOfDay()
     return {now.wHour, now.wMinute, now.wSecond, now.wMilliseconds};
 }
 
-// A handle that may append and nothing else: the system adds each write to the end in one piece.
 bool openForAppending(QFile &file)
 {
-    const auto path = reinterpret_cast<const wchar_t *>(file.fileName().utf16());
-    const HANDLE handle =
-        CreateFileW(path, FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                    OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (handle == INVALID_HANDLE_VALUE)
-        return false;
-    const int descriptor = _open_osfhandle(reinterpret_cast<intptr_t>(handle), _O_APPEND | _O_BINARY);
-    return file.open(descriptor, QIODevice::WriteOnly | QIODevice::Append, QFileDevice::AutoCloseHandle);
+    // Asks for the descriptor now, because Qt makes it on first use, which could be in several threads at
+    // once.
+    return file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered) && file.handle() != -1;
 }
 
 void append(int descriptor, const char *data, std::size_t size)
 {
-    DWORD written = 0;
-    WriteFile(reinterpret_cast<HANDLE>(_get_osfhandle(descriptor)), data, static_cast<DWORD>(size), &written,
-              nullptr);
+    OVERLAPPED end{};
+    end.Offset = end.OffsetHigh = 0xFFFFFFFF; // the system finds the end and writes there in one piece
+    WriteFile(reinterpret_cast<HANDLE>(_get_osfhandle(descriptor)), data, static_cast<DWORD>(size), nullptr,
+              &end);
 }
 
 int descriptorOf(std::FILE *stream)
@@ -71,10 +66,17 @@ void parkOnNullDevice(int descriptor)
     _close(null);
 }
 
-bool installTerminationHandlers(const TerminationHandlers &handlers, int *)
+bool installTerminationHandlers(const TerminationHandlers &handlers)
 {
     consoleEventHandler = handlers.consoleEvent;
     return SetConsoleCtrlHandler(&handleConsoleEvent, TRUE) != 0;
+}
+
+void restoreTerminationHandlers() { }
+
+bool openChannel(int *)
+{
+    return false;
 }
 
 void writeSignal(int, int) { }
