@@ -3,13 +3,17 @@
 #   cmake -D SOURCE=... -D BUILD=... -D WORK=... -P run.cmake    the sources, the build tree BUILD, installed and moved
 #   cmake -D PREFIX=... -D WORK=... -P run.cmake                 the installation PREFIX
 #
-# CXX and LAUNCHER name a compiler and its launcher.
+# CXX and LAUNCHER name a compiler and its launcher; TOOLCHAIN and EMULATOR are those for Windows.
 set(here ${CMAKE_CURRENT_LIST_DIR})
 set(HXCommon_program ${here}/../../examples/minimal/main.cpp)
 set(Communication_program ${here}/Communication.cpp)
 set(options -G Ninja)
 if(CXX)
   list(APPEND options -D CMAKE_CXX_COMPILER=${CXX} -D CMAKE_CXX_COMPILER_LAUNCHER=${LAUNCHER})
+endif()
+if(TOOLCHAIN)
+  list(APPEND options -D CMAKE_TOOLCHAIN_FILE=${TOOLCHAIN} -D CMAKE_FIND_ROOT_PATH=${PREFIX})
+  set(suffix .exe)
 endif()
 set(ENV{APPDATA} ${WORK}/appdata)
 
@@ -24,8 +28,8 @@ function(consume component way)
   run(${CMAKE_COMMAND} -S ${here} -B ${build} ${options}
     -D COMPONENT=${component} -D PROGRAM=${${component}_program} ${ARGN})
   run(${CMAKE_COMMAND} --build ${build})
-  run(${build}/consumer --version)
-  run(${build}/consumer --null --confpath ${WORK} --service here)
+  run(${EMULATOR} ${build}/consumer${suffix} --version)
+  run(${EMULATOR} ${build}/consumer${suffix} --null --confpath ${WORK} --service here)
 endfunction()
 
 # build_example(<name> <prefix>): an example in a folder of its own, as a stranger builds it; the folder is in example.
@@ -40,10 +44,10 @@ endmacro()
 
 function(try_examples prefix)
   build_example(minimal-test ${prefix})
-  run(${example}/build/tst_service)
+  run(${EMULATOR} ${example}/build/tst_service${suffix})
   build_example(minimal ${prefix})
-  run(${example}/build/minimal --confpath ${WORK} --service here)
-  execute_process(COMMAND ${example}/build/minimal --confpath ${WORK} RESULT_VARIABLE result ERROR_VARIABLE log)
+  run(${EMULATOR} ${example}/build/minimal${suffix} --confpath ${WORK} --service here)
+  execute_process(COMMAND ${EMULATOR} ${example}/build/minimal${suffix} --confpath ${WORK} RESULT_VARIABLE result ERROR_VARIABLE log)
   if(NOT result EQUAL 1 OR NOT log MATCHES "start number ([2-9]|[1-9][0-9]).*\"http://127.0.0.1:1/\" ConnectivityChecker::FAILED")
     message(FATAL_ERROR "examples/minimal ends with ${result}:\n${log}")
   endif()
@@ -51,7 +55,7 @@ function(try_examples prefix)
   set(ENV{QT_QPA_PLATFORM} offscreen)
   set(ENV{QT_QUICK_BACKEND} software)
   run(${here}/until-logged.sh "http://127.0.0.1:1/ 2" ${example}/log
-    ${example}/build/minimal-qml --confpath ${WORK})
+    ${EMULATOR} ${example}/build/minimal-qml${suffix} --confpath ${WORK})
 endfunction()
 
 # consume_installation(<name> <prefix>): in all ways, and with all of its headers at once.
@@ -62,9 +66,11 @@ function(consume_installation name prefix)
   file(WRITE ${WORK}/${name}-headers.cpp ${headers})
   set(prefix -D CMAKE_PREFIX_PATH=${prefix})
   consume(HXCommon ${name}-cmake ${prefix} -D HEADERS=${WORK}/${name}-headers.cpp)
-  consume(HXCommon ${name}-pkg-config ${prefix} -D MODULE=hxcommon)
   consume(Communication ${name}-cmake ${prefix})
-  consume(Communication ${name}-pkg-config ${prefix} -D MODULE=hxcommon-communication)
+  if(NOT TOOLCHAIN)
+    consume(HXCommon ${name}-pkg-config ${prefix} -D MODULE=hxcommon)
+    consume(Communication ${name}-pkg-config ${prefix} -D MODULE=hxcommon-communication)
+  endif()
 endfunction()
 
 # consume_build(<kind> <build>): a build tree, and an installation from it that is then moved.
