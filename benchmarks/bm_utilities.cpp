@@ -13,6 +13,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <memory>
 #include <mutex>
 
 namespace {

@@ -26,6 +26,8 @@ def public_entities():
     entities = {}
     for path in XML.glob("*.xml"):
         for compound in ElementTree.parse(path).iterfind("compounddef"):
+            if compound.get("prot") == "private":
+                continue
             scope = compound.findtext("compoundname")
             if compound.get("kind") in ("class", "struct", "namespace"):
                 entities[compound.get("id")] = (scope, is_documented(compound))
