@@ -62,10 +62,10 @@ Table environment(QVector<Problem> &problems)
 {
     const QString appData = qEnvironmentVariable("APPDATA");
     const QString qml = qEnvironmentVariable("QML_LOCAL_PATH");
+    const QString root = QFileInfo(text("/Brantel Medical")).absoluteFilePath(); // with a drive on Windows
     bool isUsed = false;
     for (const Directory &directory : directories)
-        isUsed = isUsed
-            || (directory.need == Need::Creation && directory.path().startsWith(text("/Brantel Medical/")));
+        isUsed = isUsed || (directory.need == Need::Creation && directory.path().startsWith(root));
     if (appData.isEmpty() && isUsed)
         problems.append({text("appdata-unset"),
                          text("APPDATA is not set, so settings would go to /Brantel Medical/Olvex."),
