@@ -62,10 +62,11 @@ Table environment(QVector<Problem> &problems)
 {
     const QString appData = qEnvironmentVariable("APPDATA");
     const QString qml = qEnvironmentVariable("QML_LOCAL_PATH");
-    const QString root = QFileInfo(text("/Brantel Medical")).absoluteFilePath(); // with a drive on Windows
     bool isUsed = false;
     for (const Directory &directory : directories)
-        isUsed = isUsed || (directory.need == Need::Creation && directory.path().startsWith(root));
+        isUsed = isUsed
+            || (directory.need == Need::Creation
+                && directory.path().section(QLatin1Char(':'), -1).startsWith(text("/Brantel Medical/")));
     if (appData.isEmpty() && isUsed)
         problems.append({text("appdata-unset"),
                          text("APPDATA is not set, so settings would go to /Brantel Medical/Olvex."),
