@@ -24,7 +24,6 @@ public:
     virtual void start() { m_timer.start(); }
     virtual void stop() { m_timer.stop(); } ///< Starts nothing more.
     virtual bool isIdle() const { return true; } ///< Whether all that was started has ended.
-    virtual qint64 keptByDesign() const { return 0; } ///< Bytes that the library has kept as documented.
 
     /// The one that shows the progress comes first. Final once the load was stopped and is idle.
     const std::deque<SoakCount> &counts() const { return m_counts; }

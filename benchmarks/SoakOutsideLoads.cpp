@@ -13,12 +13,31 @@ namespace {
 
 // ---- connectivity checks, all after the same network event, against a server that answers at random
 
+const std::vector<ScriptedServer::Answer> &faults()
+{
+    using Server = ScriptedServer;
+    static const QByteArray whole = Server::page(QByteArray(10000, 'x')).bytes;
+    static const QByteArray part = whole.left(1000);
+    static const std::vector<Server::Answer> answers{
+        {"", Server::Hang},
+        {part, Server::Hang},
+        {whole, Server::Keep, 5, 1}, // drips
+        {"HTTP/1.1 200 Scripted\r\n" + QByteArray("X-Filler: x\r\n").repeated(1000), Server::Hang},
+        {"", Server::Close},
+        {part.left(30), Server::Close},
+        {part, Server::Close},
+        {"", Server::Reset},
+        {part, Server::Reset},
+        {"\x16\x03\x01\xff\xfe no HTTP \r\n\r\n", Server::Close},
+    };
+    return answers;
+}
+
 ScriptedServer::Answer anyAnswer()
 {
-    const auto &faults = ScriptedServer::faults();
-    const int kind = QRandomGenerator::global()->bounded(2 * faults.size());
-    return kind < faults.size() ? *(faults.begin() + kind)
-                                : ScriptedServer::page(QByteArray(100 * kind, 'b'));
+    const int count = int(faults().size());
+    const int kind = QRandomGenerator::global()->bounded(2 * count);
+    return kind < count ? faults()[std::size_t(kind)] : ScriptedServer::page(QByteArray(100 * kind, 'b'));
 }
 
 class CheckLoad : public SoakLoad {
@@ -41,9 +60,6 @@ public:
     {
         return m_unended == 0 && m_network->findChildren<QNetworkReply *>().isEmpty();
     }
-
-    // Each request calls NetworkManager::instance(); see OXUrls::instance().
-    qint64 keptByDesign() const override { return 128 * m_started; }
 
 private:
     // A check reports its end, and its start, too, if the last one has failed.

@@ -1,9 +1,10 @@
 #!/usr/bin/env python3
 """Checks the reference that scripts/docs has built, against the code: run by that script, in the root of the project.
 
-Every public entity is documented, also those that Doxygen's own warnings leave out; docs/architecture.md lists every
-`Deliberate:` comment and names every log category and environment variable of libs/; its picture has the arrows that
-the #include lines of libs/ have, and no others.
+Every public entity is documented, also those that Doxygen's own warnings leave out, and every class and every header's
+names are in a part of docs/groups.dox; docs/architecture.md lists every `Deliberate:` comment and names every log
+category and environment variable of libs/; its picture has the arrows that the #include lines of libs/ have, and no
+others.
 """
 import re
 import sys
@@ -46,6 +47,19 @@ def check_coverage():
     # Rounded down: 100 % says that nothing is missing.
     print(f"{count} of {len(entities)} public entities documented ({100 * count // max(len(entities), 1)} %)")
     return [f"not documented: {name}" for name in missing] or ([] if entities else ["no entities found"])
+
+
+def check_parts():
+    """What holds only classes and namespaces, such as Communication, is in no part itself."""
+    compounds = [compound for path in XML.glob("*.xml") for compound in ElementTree.parse(path).iterfind("compounddef")]
+    grouped = {inner.text for compound in compounds if compound.get("kind") == "group" for inner in compound
+               if inner.tag in ("innerclass", "innernamespace")}
+    nested = {inner.text for compound in compounds if compound.get("kind") == "class"
+              for inner in compound.iterfind("innerclass")}
+    names = {compound.findtext("compoundname") for compound in compounds if compound.get("kind") == "class"
+             or compound.get("kind") == "namespace" and compound.find("sectiondef") is not None} - nested
+    print(f"{len(names & grouped)} of {len(names)} classes and headers in a part")
+    return [f"docs/groups.dox has no part for {name}" for name in sorted(names - grouped)]
 
 
 def check_deliberate():
@@ -114,6 +128,6 @@ def check_arrows():
             + [f"{PAGE} has the arrow {tail} -> {head}, the code does not" for tail, head in sorted(stated - actual)])
 
 
-faults = check_coverage() + check_deliberate() + check_names() + check_arrows()
+faults = check_coverage() + check_parts() + check_deliberate() + check_names() + check_arrows()
 print("\n".join(faults), end="\n" if faults else "", file=sys.stderr)
 sys.exit(bool(faults))

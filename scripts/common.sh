@@ -49,6 +49,16 @@ as_root() { if ((EUID == 0)); then "$@"; else sudo "$@"; fi; }
 # apt_get ARGUMENT...: waits up to ten minutes for another installation to end.
 apt_get() { as_root env DEBIAN_FRONTEND=noninteractive apt-get -y -o DPkg::Lock::Timeout=600 "$@"; }
 
+# apt-get does not wait for another update.
+update_package_lists() {
+    local try
+    for try in {1..6}; do
+        ! apt_get update || return 0
+        sleep 10
+    done
+    return 1
+}
+
 # build_preset PRESET: configures and builds it.
 build_preset() {
     step "building preset $1"

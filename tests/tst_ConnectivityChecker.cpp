@@ -52,8 +52,9 @@ const struct {
      "2 FAILED>FAILED! 10000 FAILED>FAILED 10000 FAILED>FAILED 7000 FAILED>CONNECTING! CONNECTING>SUCCESS!"},
     {"appointments replace each other",
      "note(appointment()); checker.scheduleCheck(60000); checker.scheduleCheck(); note(appointment());"
-     "checker.scheduleCheck(-7); note(appointment()); checker.scheduleCheck(1); awaitChange()",
-     "-1 1000 0 UNKNOWN>SUCCESS!"},
+     "checker.scheduleCheck(-7); note(appointment()); checker.scheduleCheck(1); awaitChange(); "
+     "note(appointment())",
+     "-1 1000 0 UNKNOWN>SUCCESS! -1"},
     {"appointments after changes of the network",
      "const taken = () => note(appointment() >= 1000); manager.checkConnectivity(); taken();"
      "for (const on of [true, false]) { configurations.onlineStateChanged(on); taken() }",
@@ -65,8 +66,8 @@ const struct {
      "drawn[499] < 2000])",
      "true,true,true,true,true"},
     {"loss of the network",
-     "check(); for (const now of [1, -1, 0, 0]) network.networkAccessibleChanged(now); log('not accessible')",
-     "UNKNOWN>SUCCESS! SUCCESS>FAILED! FAILED>FAILED "
+     "check(); for (const now of [1, -1, 0]) network.networkAccessibleChanged(now); log('not accessible')",
+     "UNKNOWN>SUCCESS! SUCCESS>FAILED! "
      "info: Network not accessible, unable to access: QUrl('URL')"},
     {"follows the registry, once told to",
      "const plan = () => { note(checker.url); note(appointment()) }; urls.region = 'eu'; plan();"
@@ -82,6 +83,19 @@ const struct {
      "{ checker.url = 'http://a.example'; checker.timeout = 5; checker.setScheduleTimeout() }"
      "note(appointment())",
      "10000 -1 http://a.example 5 10000 -1"},
+    {"time-out", "check(); answer('hang'); checker.timeout = 250; check(); log('error')",
+     "UNKNOWN>SUCCESS! SUCCESS>FAILED! info: check connectivity: error for QUrl('URL') error: 'Operation "
+     "canceled'"},
+    {"closed without an answer", "check(); answer('close'); check(); log('error')",
+     "UNKNOWN>SUCCESS! SUCCESS>FAILED! info: check connectivity: error for QUrl('URL') error: 'Connection "
+     "closed'"},
+    {"keeps 1 MiB of the body", "answer('large'); check(); noteLength()", "UNKNOWN>SUCCESS! 1048576"},
+    {"may be deleted when a status comes", "checker.statusReceived.connect(drop); check()",
+     "UNKNOWN>SUCCESS"},
+    {"may be deleted when the status changes",
+     "checker.scheduleTimeout = 1; checker.statusChanged.connect(drop); check()", "UNKNOWN>SUCCESS!"},
+    {"may be deleted when the URL changes",
+     "useOXUrl('account', 'probe'); checker.urlChanged.connect(drop); urls.region = 'eu'", ""},
     {"may be deleted in flight; the probe ends in time",
      "answer('hang'); checker.timeout = 100; checker.startCheck(); deleteChecker()", "1 reply left"},
 };
@@ -120,8 +134,10 @@ public:
     // From now on, with this fault of the server or with a page of this status.
     Q_INVOKABLE void answer(const QString &name)
     {
-        const auto page = Server::page("the body", name.toInt(), "Location: /\r\n");
-        m_answer = Server::faults().value(name.toLatin1(), page);
+        m_answer = name == QLatin1String("hang") ? Server::Answer{"", Server::Hang}
+            : name == QLatin1String("close")     ? Server::Answer{"", Server::Close}
+            : name == QLatin1String("large")     ? Server::page(QByteArray(3 << 20, 'z'))
+                                                 : Server::page("the body", name.toInt(), "Location: /\r\n");
     }
     Q_INVOKABLE void check()
     {
@@ -135,6 +151,12 @@ public:
         const int result = timer->isActive() ? timer->interval() : -1;
         timer->stop();
         return result;
+    }
+    Q_INVOKABLE void drop() { delete m_checker; }
+    Q_INVOKABLE void noteLength()
+    {
+        log(QStringLiteral("success"));
+        journal << QString::number(journal.takeLast().count(QLatin1Char('z')));
     }
     Q_INVOKABLE void deleteChecker()
     {
@@ -171,27 +193,6 @@ private Q_SLOTS:
         const auto &c = currentCase(scenarios);
         QCOMPARE(Stage().play(QString::fromLatin1(c.script)), QLatin1String(c.journal));
         QCOMPARE(QMetaType::type("ConnectivityStatus"), qMetaTypeId<Checker::ConnectivityStatus>());
-    }
-
-    void fails_data()
-    {
-        QTest::addColumn<QString>("fault");
-        for (auto fault = Server::faults().begin(); fault != Server::faults().end(); ++fault)
-            QTest::newRow(fault.key()) << QString::fromLatin1(fault.key());
-    }
-    // In one status, and only one, whatever the server does afterwards.
-    void fails()
-    {
-        QFETCH(QString, fault);
-        const auto end = Server::faults()[fault.toLatin1()].end;
-        const bool isEndless = end == Server::Keep || end == Server::Hang;
-        const auto script =
-            QStringLiteral("check(); answer('%1'); checker.timeout = %2; check(); log('error')");
-        QCOMPARE(
-            Stage().play(script.arg(fault).arg(isEndless ? 250 : 20000)),
-            QLatin1String(
-                "UNKNOWN>SUCCESS! SUCCESS>FAILED! info: check connectivity: error for QUrl('URL') error: ")
-                + QLatin1String(isEndless ? "'Operation canceled'" : "'Connection closed'"));
     }
 };
 

@@ -6,9 +6,12 @@
 
 #include <QBuffer>
 #include <QHttpMultiPart>
+#include <QNetworkConfigurationManager>
 #include <QNetworkReply>
 
 #include <memory>
+
+QT_WARNING_DISABLE_DEPRECATED
 
 class tst_NetworkManager : public QObject {
     Q_OBJECT
@@ -30,6 +33,8 @@ private Q_SLOTS:
         QCOMPARE(manager->parent(), QCoreApplication::instance());
         const QSignalSpy checks(manager, &NetworkManager::checkConnectivity);
         manager->initialize();
+        QSignalSpy updates(manager->configurationManager(), &QNetworkConfigurationManager::updateCompleted);
+        QVERIFY(updates.wait());
         const QObjectList managers = manager->children();
         QCOMPARE(managers.size(), 2);
         manager->initialize();
@@ -37,6 +42,8 @@ private Q_SLOTS:
         QCOMPARE(checks.count(), 0);
         NetworkManager::updateConfigurations();
         QCOMPARE(checks.count(), 1);
+        updates.clear();
+        QVERIFY(updates.wait());
     }
 
     void sendsRequestsUnchanged()

@@ -1,5 +1,7 @@
 #include <RunGuard.h>
 
+#include "LogCapture.h"
+
 #include <QDir>
 #include <QProcess>
 #include <QSharedMemory>
@@ -8,6 +10,13 @@
 
 #include <memory>
 #include <vector>
+
+#ifdef Q_OS_UNIX
+#    include <fcntl.h>
+#    include <sys/file.h>
+#    include <sys/sem.h>
+#    include <unistd.h>
+#endif
 
 namespace {
 
@@ -73,6 +82,7 @@ private Q_SLOTS:
 
     void claimsTheSegmentUnderTheSemaphore()
     {
+        const RunGuard first(QStringLiteral("x")); // makes the semaphore
         QSystemSemaphore semaphore(memLockKeyOfX, 1);
         QSharedMemory segment(sharedMemKeyOfX);
         Contender contender;
@@ -88,13 +98,38 @@ private Q_SLOTS:
         QVERIFY(semaphore.acquire()); // the guard gave it back
     }
 
-    void letsOneOfManyProcessesRun()
+#ifdef Q_OS_UNIX
+    void takesTurns()
     {
-        // More rounds for a long test: HXCOMMON_RACE_ROUNDS=50.
-        const int rounds = std::max(3, qEnvironmentVariableIntValue("HXCOMMON_RACE_ROUNDS"));
-        for (int round = 0; round < rounds; ++round)
-            QCOMPARE(race(100), std::make_pair(1, 99));
+        const QString path =
+            QDir::temp().filePath(QStringLiteral("RunGuard_d37fa907dc9d41172d3550c34c865cbab8301dbd"));
+        const int turn = ::open(qPrintable(path), O_RDONLY | O_CREAT | O_CLOEXEC, 0600);
+        QVERIFY(::flock(turn, LOCK_EX) == 0);
+        Contender contender;
+        contender.go();
+        QVERIFY(!contender.waitForReadyRead(300));
+        const LogCapture log;
+        QVERIFY(RunGuard(QStringLiteral("y")).tryToRun()); // another name does not wait
+        QCOMPARE(log.lines(), QStringList());
+        ::close(turn);
+        QCOMPARE(contender.verdict(), QByteArray("running"));
     }
+
+    // Left at 0 by a process that was killed while it made them.
+    void replacesOrphanedSemaphores()
+    {
+        QStringList paths;
+        for (const QString &key : {memLockKeyOfX, sharedMemKeyOfX}) {
+            paths << QSharedMemory(key).nativeKey().replace(QLatin1String("sharedmemory"),
+                                                            QLatin1String("systemsem"));
+            QVERIFY(QFile(paths.last()).open(QIODevice::WriteOnly));
+            QVERIFY(::semget(::ftok(qPrintable(paths.last()), 'Q'), 1, 0600 | IPC_CREAT | IPC_EXCL) != -1);
+        }
+        QCOMPARE(race(1), std::make_pair(1, 0));
+        for (const QString &path : paths)
+            QFile::remove(path);
+    }
+#endif
 
     void survivesKilledProcesses()
     {

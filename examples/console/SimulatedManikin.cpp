@@ -170,6 +170,7 @@ public:
             m_manikin.connectTo(other, &m_console);
         m_console.connectTo(&m_socket, &m_manikin);
         m_server.close();
+        qCDebug(category) << "linked through" << m_socket.fullServerName();
     }
 
     ~SimulatedManikin() override { qCInfo(category) << "messages sent:" << qint64(m_console.sent()); }

@@ -11,8 +11,8 @@ GridLayout {
     function look() {
         report = JSON.parse(System.report());
         categories = System.categories();
-        settings = [["System/Environment", OXUrls.environment], ["System/Region", OXUrls.region], ["Window/width", System.width],
-                    ["Window/height", System.height], ["Window/page", System.page], ["Window/dark", System.dark]]
+        settings = [["System/Environment", OXUrls.environment], ["System/Region", OXUrls.region], ["Window/width", System.width + " px"],
+                    ["Window/height", System.height + " px"], ["Window/page", System.page], ["Window/dark", System.dark]]
             .map(([key, value]) => [key, System.setting(key), value === "" ? qsTr("none") : String(value)]);
     }
     function mark(row) { // red where something is missing that the application needs

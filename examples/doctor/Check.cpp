@@ -182,8 +182,7 @@ private:
             print(text("%1  %2  %3  %4  %5\n")
                       .arg(now, row.at(0).toString(), row.at(1).toString(), row.at(4).toString(),
                            row.at(5).toString()));
-        if (std::fflush(stdout) != 0)
-            QCoreApplication::quit(); // nobody reads it any more
+        std::fflush(stdout);
     }
 
     void showProgress() const

@@ -11,19 +11,19 @@ extern Q_CORE_EXPORT int qt_ntfs_permission_lookup; // as Qt documents it
 #endif
 
 const std::vector<Directory> directories = {
-    {"temporary", "--tmppath", &AppConfig::tmpPath, Need::Writability, false},
-    {"configuration", "--confpath", &AppConfig::confPath, Need::Existence, false},
-    {"share root", "--sharepath", &AppConfig::sharePath, Need::Existence, false},
-    {"sounds", "--sharepath", &AppConfig::soundsPath, Need::Nothing, false},
-    {"plug-ins", "--pluginpath", &AppConfig::pluginsPath, Need::Nothing, false},
-    {"factory data", "--datapath", &AppConfig::factoryDataPath, Need::Nothing, false},
-    {"variable data", "--varpath", &AppConfig::varPath, Need::Creation, true},
-    {"variable configuration", "--varetcpath", &AppConfig::varEtcPath, Need::Creation, true},
-    {"variable log", "--varlogpath", &AppConfig::varLogPath, Need::Creation, true},
-    {"persistent storage", "--persistentpath", &AppConfig::persistentStoragePath, Need::Nothing, true},
-    {"binary", "--binpath", &AppConfig::binPath, Need::Nothing, false},
-    {"scenario store", "--dravikpath", &AppConfig::dravikPath, Need::Nothing, false},
-    {"user interface", "--qmlpath", &AppConfig::qmlLocalPath, Need::Nothing, false},
+    {"temporary", "--tmppath", &AppConfig::tmpPath, Need::Writability},
+    {"configuration", "--confpath", &AppConfig::confPath, Need::Existence},
+    {"share root", "--sharepath", &AppConfig::sharePath, Need::Existence},
+    {"sounds", "--sharepath", &AppConfig::soundsPath, Need::Nothing},
+    {"plug-ins", "--pluginpath", &AppConfig::pluginsPath, Need::Nothing},
+    {"factory data", "--datapath", &AppConfig::factoryDataPath, Need::Nothing},
+    {"variable data", "--varpath", &AppConfig::varPath, Need::Creation},
+    {"variable configuration", "--varetcpath", &AppConfig::varEtcPath, Need::Creation},
+    {"variable log", "--varlogpath", &AppConfig::varLogPath, Need::Creation},
+    {"persistent storage", "--persistentpath", &AppConfig::persistentStoragePath, Need::Nothing},
+    {"binary", "--binpath", &AppConfig::binPath, Need::Nothing},
+    {"scenario store", "--dravikpath", &AppConfig::dravikPath, Need::Nothing},
+    {"user interface", "--qmlpath", &AppConfig::qmlLocalPath, Need::Nothing},
 };
 
 QString Directory::path() const

@@ -19,7 +19,6 @@ struct Directory {
     const char *option;
     QString (*getter)(const QString &file);
     Need need;
-    bool isBelowAppData; ///< unless the option is given
 
     /// Where an application that starts normally has it; nothing is made.
     QString path() const;

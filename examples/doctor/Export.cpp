@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr qint64 mostOfAFile = 64 * 1024;
+constexpr qint64 mostOfAFile = 65536;
 
 // The end of a file under a heading.
 QByteArray section(const QString &path)

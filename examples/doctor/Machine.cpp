@@ -15,6 +15,8 @@
 #include <QSysInfo>
 #include <QTimeZone>
 
+#include <algorithm>
+
 namespace {
 
 constexpr qint64 megabyte = 1000000;
@@ -66,7 +68,7 @@ Table environment(QVector<Problem> &problems)
     for (const Directory &directory : directories)
         isUsed = isUsed
             || (directory.need == Need::Creation
-                && directory.path().section(QLatin1Char(':'), -1).startsWith(text("/Brantel Medical/")));
+                && directory.path().contains(text("/Brantel Medical/Olvex")));
     if (appData.isEmpty() && isUsed)
         problems.append({text("appdata-unset"),
                          text("APPDATA is not set, so settings would go to /Brantel Medical/Olvex."),
@@ -123,8 +125,7 @@ Table directoryTable(QVector<Problem> &problems)
             problems.append(
                 {text("disk-full"),
                  text("The disk of %1 has only %2 MB left.")
-                     .arg(path)
-                     .arg(storage.bytesAvailable() / megabyte),
+                     .arg(path, QString::number(storage.bytesAvailable() / megabyte)),
                  text("Remove what is not needed: settings and logs that cannot be written are lost.")});
         }
     }
@@ -175,10 +176,10 @@ Table examineLogs(const QString &path, QVector<Problem> &problems)
                              text("Name another with --logoutput FILE, or make its directory for the account "
                                   "that runs the application.")});
         if (file.size() > largeLog)
-            problems.append(
-                {text("log-large"),
-                 text("The log file %1 has %2 MB, and only grows.").arg(name).arg(file.size() / megabyte),
-                 text("Move it away while the application does not run; it starts a new one.")});
+            problems.append({text("log-large"),
+                             text("The log file %1 has %2 MB, and only grows.")
+                                 .arg(name, QString::number(file.size() / megabyte)),
+                             text("Move it away while the application does not run; it starts a new one.")});
     }
     return table;
 }

@@ -73,8 +73,8 @@ QString takeLine(QString &cell, int width)
 {
     int end = cell.size() <= width ? cell.size() : cell.lastIndexOf(QLatin1Char(' '), width);
     if (end <= 0)
-        end = width;
-    const QString line = cell.left(end);
+        end = std::max(1, width);
+    QString line = cell.left(end);
     cell = cell.mid(end).trimmed();
     return line;
 }

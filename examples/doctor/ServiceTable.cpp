@@ -31,13 +31,12 @@ ServiceTable::ServiceTable(QVector<Problem> &problems) : path(AppConfig::confPat
     const QByteArray json = file.readAll();
     const QJsonObject document = QJsonDocument::fromJson(json, &error).object();
     if (error.error != QJsonParseError::NoError)
-        problems.append({text("services-damaged"),
-                         text("The service table %1 is damaged at byte %2, line %3: %4.")
-                             .arg(path)
-                             .arg(error.offset)
-                             .arg(json.left(error.offset).count('\n') + 1)
-                             .arg(error.errorString()),
-                         text("Mend it there, or restore it from a copy.")});
+        problems.append(
+            {text("services-damaged"),
+             text("The service table %1 is damaged at byte %2, line %3: %4.")
+                 .arg(path, QString::number(error.offset),
+                      QString::number(json.left(error.offset).count('\n') + 1), error.errorString()),
+             text("Mend it there, or restore it from a copy.")});
     else if (!document.value(text("environment")).isObject())
         problems.append({text("services-empty"), text("The service table %1 names no environment.").arg(path),
                          text("Restore it from a copy.")});

@@ -68,9 +68,8 @@ SettingsFile::SettingsFile(const QString &path)
     : file(path), application(file.completeBaseName().section(QLatin1Char('_'), 1))
 {
     QTemporaryFile copy;
-    if (!copy.open() || copy.write(contents(path)) == -1 || !copy.flush())
-        qWarning("There is no place for a copy of the settings");
-    const QSettings settings(copy.fileName(), QSettings::IniFormat);
+    const bool isCopied = copy.open() && copy.write(contents(path)) != -1 && copy.flush();
+    const QSettings settings(isCopied ? copy.fileName() : path, QSettings::IniFormat);
     const QStringList keys = settings.allKeys();
     for (const QString &key : keys)
         values.insert(key, settings.value(key));

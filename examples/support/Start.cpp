@@ -7,8 +7,16 @@
 
 namespace {
 
-QHash<QString, QString> withheldValues; // by option
-QString noPlace; // what the library takes for the value of APPDATA
+struct Start {
+    QHash<QString, QString> withheld; // values, by option
+    QString noPlace; // what the library takes for the value of APPDATA
+};
+
+Start &start()
+{
+    static Start known;
+    return known;
+}
 
 } // namespace
 
@@ -19,15 +27,15 @@ bool startWithoutTrace(const CommandLine &line, int &argc, char **argv, const ch
         + QStringList{QStringLiteral("--varpath"), QStringLiteral("--varetcpath"),
                       QStringLiteral("--varlogpath")};
     for (const QString &option : all)
-        withheldValues.insert(option, line.value(option.toLatin1().constData()));
+        start().withheld.insert(option, line.value(option.toLatin1().constData()));
     line.leaveToLibrary(argc, argv, all);
 
     QLoggingCategory::setFilterRules(
         QStringLiteral("Olvex.AppConfig=false\nOlvex.NetworkManager=false\nOlvex.OXExternalServers=false"));
     const QByteArray appData = qgetenv("APPDATA");
     const bool isSet = qEnvironmentVariableIsSet("APPDATA");
-    noPlace = QCoreApplication::applicationFilePath(); // no directory can be made below a file
-    qputenv("APPDATA", noPlace.toUtf8());
+    start().noPlace = QCoreApplication::applicationFilePath(); // no directory can be made below a file
+    qputenv("APPDATA", start().noPlace.toUtf8());
     const bool answered = AppConfig::instance()->initialize(QString::fromLatin1(name), QString());
     if (isSet)
         qputenv("APPDATA", appData);
@@ -40,9 +48,10 @@ bool startWithoutTrace(const CommandLine &line, int &argc, char **argv, const ch
 
 QString usualPath(const QString &path, const char *option)
 {
-    const QString withheld = withheldValues.value(QString::fromLatin1(option));
+    const QString withheld = start().withheld.value(QString::fromLatin1(option));
     if (!withheld.isEmpty())
         return QDir::cleanPath(QDir::current().absoluteFilePath(withheld));
+    const QString &noPlace = start().noPlace;
     if (noPlace.isEmpty() || !path.startsWith(noPlace))
         return path;
     const QString appData = QString::fromUtf8(qgetenv("APPDATA"));

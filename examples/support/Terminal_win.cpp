@@ -1,6 +1,7 @@
 #include "Terminal.h"
 
 #include <cerrno>
+
 #include <fcntl.h>
 #include <io.h>
 

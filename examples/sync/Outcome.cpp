@@ -11,13 +11,11 @@
 #include <QFileInfo>
 #include <QMetaEnum>
 
-#include <cerrno>
 #include <cstdio>
 
 namespace {
 
 constexpr int limitReached = 124;
-constexpr int brokenPipe = 128 + 13; // as SIGPIPE would end it, which Qt ignores while it has children
 constexpr char fullDisk[] = "No space left on device (28)"; // what FileSync looks for
 
 void passOnTo(std::FILE *stream, const QByteArray &bytes)
@@ -49,8 +47,6 @@ void Outcome::passOn()
     m_lastErrors += errors;
     m_diskFull = m_diskFull || m_lastErrors.contains(fullDisk);
     m_lastErrors = m_lastErrors.right(int(sizeof fullDisk));
-    if (std::ferror(stdout) != 0 && terminal::isBrokenPipe(errno))
-        stop(brokenPipe, text("Stopped: nobody reads the output any more."));
 }
 
 // The copy follows when the command has ended.
@@ -65,15 +61,9 @@ void Outcome::stopAtLimit()
     m_process->waitForFinished(0); // it may have ended without this program knowing yet
     if (m_process->state() == QProcess::NotRunning)
         return;
-    stop(limitReached, text("Stopped at the limit of %1 s.").arg(m_job.limit));
-}
-
-void Outcome::stop(int status, const QString &words)
-{
-    m_words = words;
-    m_process->disconnect();
+    m_words = text("Stopped at the limit of %1 s.").arg(m_job.limit);
     m_sync.deleteLater();
-    AppConfig::exit(status);
+    AppConfig::exit(limitReached);
 }
 
 void Outcome::enter(int status)

@@ -24,7 +24,6 @@ public:
 private:
     void passOn();
     void watchCopy();
-    void stop(int status, const QString &words);
     void enter(int status);
     QString wordsFor(int status) const;
 

@@ -58,7 +58,7 @@ olvex-sync --dry-run --command uptime --host manikin-7 --user olvex
     R"(n        that of the command
 64       the command line is wrong; nothing was run
 124      the limit was reached
-128 + n  ended by signal n, 141 also when nobody reads the output any more
+128 + n  ended by signal n
 254      the command found a full disk
 255      the command could not run, the copy failed, or ssh did
 )",

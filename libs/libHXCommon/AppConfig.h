@@ -297,6 +297,9 @@ public:
      *
      * Qt's own one prints the time, "Warning", "Critical" or "Fatal", the function and the text, separated by
      * " | "; the environment variable QT_MESSAGE_PATTERN overrides that.
+     *
+     * It is put back when the process ends, unless this is null. A Qt Test sets it to null in
+     * cleanupTestCase(): by then Qt Test, whose handler it is, no longer takes messages.
      */
     static QtMessageHandler oldMsgHandler;
     /// Whether messages are kept from oldMsgHandler; true until the command line was read, then as "--null"
@@ -458,9 +461,7 @@ private:
  * debugLevel.
  *
  * @code
- * void Player::start()
- * {
- *     const DebugInfoEnterExit trace(Q_FUNC_INFO, 1);
+ * const DebugInfoEnterExit trace(Q_FUNC_INFO, 1); // the first line of the function
  * @endcode
  */
 class HXCOMMON_EXPORT DebugInfoEnterExit {

@@ -3,8 +3,10 @@
 #include "AppConfig.h"
 #include "platform/Platform.h"
 
+#include <QVarLengthArray>
+
 #include <algorithm>
-#include <cstdio>
+#include <cstring>
 #include <iterator>
 #include <mutex>
 
@@ -44,14 +46,35 @@ bool isHandlerInstalledAgain = false;
 
 // ---- log file lines
 
-// "h:mm:ss.zzz", without the locale: its first use by several threads at once can yield an empty text.
-QByteArray timeStamp()
+using Line = QVarLengthArray<char, 512>;
+
+void append(Line &line, const char *text)
+{
+    line.append(text, int(std::strlen(text)));
+}
+
+void appendTwoDigits(Line &line, int number)
+{
+    line.append(char('0' + number / 10));
+    line.append(char('0' + number % 10));
+}
+
+// "h:mm:ss.zzz", without the locale, whose first use by several threads at once can yield an empty text, and
+// without printf(), which would take a fourth of the time of a line.
+void appendTime(Line &line)
 {
     const platform::TimeOfDay now = platform::localTimeOfDay();
-    char text[64];
-    const int length = std::snprintf(text, sizeof text, "%d:%02d:%02d.%03d", now.hour, now.minute, now.second,
-                                     now.millisecond);
-    return QByteArray(text, length);
+    if (now.hour < 10)
+        line.append(char('0' + now.hour));
+    else
+        appendTwoDigits(line, now.hour);
+    line.append(':');
+    appendTwoDigits(line, now.minute);
+    line.append(':');
+    appendTwoDigits(line, now.second);
+    line.append('.');
+    line.append(char('0' + now.millisecond / 100));
+    appendTwoDigits(line, now.millisecond % 100);
 }
 
 const char *levelTag(QtMsgType type)
@@ -71,19 +94,19 @@ const char *levelTag(QtMsgType type)
     return " | U | ";
 }
 
-QByteArray logLine(QtMsgType type, const QMessageLogContext &context, const QString &text)
+Line logLine(QtMsgType type, const QMessageLogContext &context, const QString &text)
 {
-    QByteArray line;
-    line.reserve(256); // most lines fit without growing it
+    Line line;
     if (!AppConfig::disableTimestamp)
-        line += timeStamp();
-    line += levelTag(type);
+        appendTime(line);
+    append(line, levelTag(type));
     // Deliberate: without a function name neither text nor line end are written.
     if (context.function) {
-        line += context.function;
-        line += ": ";
-        line += text.toUtf8();
-        line += '\n';
+        append(line, context.function);
+        append(line, ": ");
+        const QByteArray utf8 = text.toUtf8();
+        line.append(utf8.constData(), utf8.size());
+        line.append('\n');
     }
     return line;
 }
@@ -102,7 +125,7 @@ void handleMessage(QtMsgType type, const QMessageLogContext &context, const QStr
         return;
     }
     if (AppConfig::logOutputFile.isOpen()) {
-        const QByteArray line = logLine(type, context, text);
+        const Line line = logLine(type, context, text);
         platform::append(AppConfig::logOutputFile.handle(), line.constData(), std::size_t(line.size()));
     }
     if (!AppConfig::nullOutput && AppConfig::oldMsgHandler) {

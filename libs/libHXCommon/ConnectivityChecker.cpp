@@ -22,6 +22,7 @@ Q_LOGGING_CATEGORY(category, "Olvex.ConnectivityChecker", QtInfoMsg)
 constexpr int firstDelay = 1000; // ms, after a change; also the least delay of a drawn one
 constexpr int jitter = 1000; // ms
 constexpr int offlineDelay = 10000; // ms
+constexpr int maxBody = 1 << 20; // bytes
 
 bool testOffline()
 {
@@ -32,6 +33,12 @@ bool testOffline()
 template <typename Enum> const char *nameOf(Enum value)
 {
     return QMetaEnum::fromType<Enum>().valueToKey(value);
+}
+
+void readBody(QNetworkReply *reply, QByteArray *body)
+{
+    body->append(reply->read(maxBody - body->size()));
+    reply->skip(reply->bytesAvailable());
 }
 
 } // namespace
@@ -137,16 +144,19 @@ void ConnectivityChecker::startCheck()
 
     qCDebug(category) << "check connectivity to:" << m_url;
     m_pendingReply = NetworkManager::httpGet(QNetworkRequest(m_url));
+    m_body = std::make_shared<QByteArray>();
+    if (m_pendingReply) {
+        // The reply's own, because it may outlive the checker.
+        connect(m_pendingReply, &QNetworkReply::finished, m_pendingReply, &QObject::deleteLater);
+        connect(m_pendingReply, &QNetworkReply::readyRead, m_pendingReply,
+                [reply = m_pendingReply.data(), body = m_body] { readBody(reply, body.get()); });
+    }
     if (!m_pendingReply || m_pendingReply->error() != QNetworkReply::NoError) {
-        if (m_pendingReply)
-            m_pendingReply->deleteLater();
         checkFinished();
         return;
     }
 
     connect(m_pendingReply, &QNetworkReply::finished, this, &ConnectivityChecker::checkFinished);
-    // A checker that is deleted meanwhile leaves nobody else to do it.
-    connect(m_pendingReply, &QNetworkReply::finished, m_pendingReply, &QObject::deleteLater);
     NetworkReplyTimeout::set(m_pendingReply, m_timeout);
     // Deliberate: from UNKNOWN and SUCCESS the status stays as it is while the probe runs.
     if (m_status == FAILED)
@@ -155,33 +165,38 @@ void ConnectivityChecker::startCheck()
 
 void ConnectivityChecker::checkFinished()
 {
-    if (!testOffline() && m_pendingReply && m_pendingReply->error() == QNetworkReply::NoError) {
-        m_payload = m_pendingReply->readAll();
+    const QPointer<ConnectivityChecker> self(this); // slots may delete it
+    const QPointer<QNetworkReply> reply = m_pendingReply;
+    const bool succeeded = !testOffline() && reply && reply->error() == QNetworkReply::NoError;
+    if (succeeded) {
+        readBody(reply, m_body.get());
+        m_payload = *m_body;
         qCInfo(category) << "check connectivity: success for" << m_url << "payload" << m_payload;
-        setStatus(SUCCESS);
-        m_lastCheckSucceeded = true;
-    } else {
-        if (m_lastCheckSucceeded) {
-            m_lastCheckSucceeded = false;
-            qCInfo(category) << "check connectivity: error for" << m_url << "error:"
-                             << (m_pendingReply ? m_pendingReply->errorString() : QStringLiteral("no reply"));
-        }
-        setStatus(FAILED);
+    } else if (m_lastCheckSucceeded) {
+        m_lastCheckSucceeded = false;
+        qCInfo(category) << "check connectivity: error for" << m_url
+                         << "error:" << (reply ? reply->errorString() : QStringLiteral("no reply"));
     }
 
-    if (m_pendingReply)
-        m_pendingReply->deleteLater();
-    m_pendingReply.clear();
+    setStatus(succeeded ? SUCCESS : FAILED);
+    if (!self)
+        return;
+    m_lastCheckSucceeded = succeeded;
+    if (m_pendingReply == reply)
+        m_pendingReply.clear();
 }
 
 void ConnectivityChecker::setStatus(ConnectivityStatus status)
 {
+    const QPointer<ConnectivityChecker> self(this); // slots may delete it
     qCDebug(category) << "status:" << nameOf(status);
     Q_EMIT statusReceived(status);
-    if (m_status != status) {
+    if (self && m_status != status) {
         m_status = status;
         Q_EMIT statusChanged(status);
     }
+    if (!self)
+        return;
     if (m_status != FAILED && m_status != SUCCESS)
         return;
     if (m_scheduleTimeout >= 1)
@@ -218,8 +233,10 @@ void ConnectivityChecker::followRegistry()
 {
     if (m_urlKey.isEmpty())
         return;
+    const QPointer<ConnectivityChecker> self(this); // slots may delete it
     useOXUrl(m_urlKey, m_path);
-    scheduleCheck(firstDelay);
+    if (self)
+        scheduleCheck(firstDelay);
 }
 
 #include "moc_ConnectivityChecker.cpp" // NOLINT(bugprone-suspicious-include): silences its deprecations

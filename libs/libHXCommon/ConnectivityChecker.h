@@ -8,6 +8,8 @@
 #include <QPointer>
 #include <QUrl>
 
+#include <memory>
+
 class QNetworkReply;
 class QTimer;
 
@@ -35,23 +37,25 @@ QT_WARNING_DISABLE_DEPRECATED
  *   the platform's on-line state, so that many checkers spread their probes;
  * - 1000 ms after a change of the environment or region in OXUrls, if the URL came from useOXUrl();
  * - scheduleTimeout ms after a check has ended.
- * A new appointment replaces the one that was made before. Loss of the network, as far as the platform
+ * A new appointment replaces the one that was made before. One that falls due while a probe is in flight is
+ * dropped: after a change of the registry the answer for the old URL then stands until the next check. Set
+ * scheduleTimeout, so that there is one. Loss of the network, as far as the platform
  * reports it, sets FAILED without a check.
  *
  * While the application object's dynamic property "TestOffline" is true, the service counts as unreachable:
  * status() is FAILED, no request is sent, and checks repeat every 10000 ms if scheduleTimeout is below 1.
  * Setting the property emits no signal; bindings follow at the next check.
  *
- * The whole body of a successful probe is kept and logged, so probe a small resource.
+ * The first 1 MiB of the body of a successful probe is kept and logged, and the rest is skipped as it
+ * arrives; so probe a small resource. A compressed body is unpacked by Qt before that, in memory.
  *
  * Do not rely on the platform's word alone. Qt 5.15 polls the interfaces, so a change is heard up to 10 s
  * late, and a network that is missing from the start is never announced; requests are sent all the same. A
  * check is what tells.
  *
- * NetworkManager::initialize() must have run before a checker is made. A checker may be deleted while its
- * probe is in flight, which then ends by itself, but not from within a slot of its own signals (use
- * deleteLater()). Log category: "Olvex.ConnectivityChecker", threshold info. To be used on the
- * application's main thread only.
+ * NetworkManager::initialize() must have run before a checker is made. A checker may be deleted at any
+ * time, also in a slot of its own signals; a probe in flight then ends by itself. Log category:
+ * "Olvex.ConnectivityChecker", threshold info. To be used on the application's main thread only.
  */
 class HXCOMMON_EXPORT ConnectivityChecker : public QObject {
     Q_OBJECT
@@ -144,6 +148,7 @@ private:
     QString m_urlKey;
     QString m_path;
     QByteArray m_payload;
+    std::shared_ptr<QByteArray> m_body; // of the probe in flight
     int m_timeout = 10000;
     bool m_lastCheckSucceeded = false;
     int m_scheduleTimeout = -1;

@@ -2,10 +2,12 @@
 
 #include "AppConfig.h"
 #include "FileSync_p.h"
+#include "platform/Platform.h"
 
 #include <QFile>
 #include <QFileInfo>
 #include <QLoggingCategory>
+#include <QPointer>
 #include <QRegExp>
 #include <QTimer>
 
@@ -20,6 +22,7 @@ namespace {
 Q_LOGGING_CATEGORY(category, "Olvex.FileSync")
 
 constexpr int copyReportDelay = 10; // ms
+constexpr int loggedErrorOutput = 64 * 1024; // bytes at most
 
 bool looksLikeOption(const QString &word)
 {
@@ -29,11 +32,63 @@ bool looksLikeOption(const QString &word)
 // The target is never opened: QFile copies to a temporary file beside it and renames that.
 bool replaceByCopy(const QString &source, const QString &target)
 {
-    if (QFileInfo(source) == QFileInfo(target))
+    if (platform::isSameEntry(source, target))
         return false;
     // Deliberate: the old target goes first, also when the copy then fails.
     QFile::remove(target);
     return QFileInfo(source).isFile() && QFile::copy(source, target); // a FIFO would block
+}
+
+struct ErrorOutput {
+    QByteArray end;
+    qint64 omitted = 0; // bytes before the end
+    bool tellsOfFullDisk = false;
+};
+
+// In pieces, because all of it at once need not fit into memory twice.
+ErrorOutput readErrorOutput(QProcess *process)
+{
+    ErrorOutput errors;
+    const QProcess::ProcessChannel channel = process->readChannel();
+    process->setReadChannel(QProcess::StandardError);
+    for (QByteArray piece; !(piece = process->read(loggedErrorOutput)).isEmpty();) {
+        errors.end += piece;
+        errors.tellsOfFullDisk =
+            errors.tellsOfFullDisk || errors.end.contains("No space left on device (28)");
+        const int excess = qMax(0, errors.end.size() - loggedErrorOutput);
+        errors.end.remove(0, excess);
+        errors.omitted += excess;
+    }
+    process->setReadChannel(channel);
+    return errors;
+}
+
+// Tells whether the job is still there: a receiver may delete it. Its process, a signal of which may be on
+// the stack, then lives until control returns to the event loop.
+bool emitSignal(FileSync *job, void (FileSync::*signal)(int), int value, QProcess *process)
+{
+    const auto release = [process] { process->setParent(nullptr); };
+    const auto connection = QObject::connect(job, &QObject::destroyed, process, release);
+    Q_EMIT(job->*signal)(value);
+    QObject::disconnect(connection);
+    if (process->parent())
+        return true;
+    process->deleteLater();
+    return false;
+}
+
+// Qt 5.15 goes on with the id -1 when the system refuses a process. A signal to that id, which Qt sends when
+// it destroys a running process, would end every process of the user.
+void keepFromRunning(QProcess *process)
+{
+    // Not derived from in earnest: Qt notices the end of such a process in a less dependable way.
+    struct Access : QProcess {
+        using QProcess::setProcessState;
+    };
+    const auto stop = [process] { (process->*&Access::setProcessState)(QProcess::NotRunning); };
+    // Again and again, because Qt takes the end of its pipes for the success of the start.
+    QObject::connect(process, &QProcess::stateChanged, process, stop);
+    stop();
 }
 
 } // namespace
@@ -90,7 +145,7 @@ void FileSync::executeCommand(const QString &command, const QStringList &argumen
     const QString destination = QStringLiteral("%2@%1").arg(host, m_RemoteUser);
     if (looksLikeOption(destination) || looksLikeOption(command)) {
         qCWarning(category) << "Refused, ssh would read options from:" << destination << command;
-        onError(QProcess::FailedToStart);
+        report(UnknownError);
         return;
     }
     start(QStringLiteral("ssh"),
@@ -104,7 +159,13 @@ void FileSync::executeCommand(const QString &command, const QStringList &argumen
 void FileSync::start(const QString &program, const QStringList &arguments)
 {
     qCInfo(category) << program + QLatin1Char(' ') + arguments.join(QLatin1Char(' '));
-    m_process->start(program, arguments, QIODevice::ReadOnly);
+    QProcess *const process = m_process; // a receiver of the report may delete the job
+    process->start(program, arguments, QIODevice::ReadOnly);
+    if (process->state() == QProcess::NotRunning || process->processId() > 0)
+        return;
+    qCWarning(category) << "The system refuses another process";
+    keepFromRunning(process);
+    report(UnknownError);
 }
 
 void FileSync::syncFile(const QString &command, const QString &from, const QString &to,
@@ -154,11 +215,13 @@ void FileSync::onFinished(int exitCode, QProcess::ExitStatus)
     if (exitCode == 0) {
         qCInfo(category) << "exitCode:" << exitCode;
     } else {
-        const QByteArray bytes = m_process->readAllStandardError();
-        const QString text = QString::fromLocal8Bit(bytes.constData(), bytes.size());
-        if (text.contains(QLatin1String("No space left on device (28)")))
+        const ErrorOutput errors = readErrorOutput(m_process);
+        if (errors.tellsOfFullDisk)
             result = NoSpaceLeftOnDevice;
-        qCInfo(category) << "Failed(" << result << "):" << text;
+        if (errors.omitted > 0)
+            qCInfo(category) << "Left out of standard error:" << errors.omitted << "bytes, the end is";
+        qCInfo(category) << "Failed(" << result
+                         << "):" << QString::fromLocal8Bit(errors.end.constData(), errors.end.size());
     }
 
     m_process->terminate(); // has an effect only when this slot was called by name
@@ -181,14 +244,12 @@ void FileSync::onError(QProcess::ProcessError processError)
     report(UnknownError);
 }
 
-// Nothing is released before the receivers return: one that runs an event loop would see both objects deleted
-// in the middle of a signal of the process.
+// Nothing is released before the receivers return: one that runs an event loop would see the job deleted in
+// the middle of its signal.
 void FileSync::report(int status)
 {
-    QProcess *const process = std::exchange(m_process, nullptr);
-    Q_EMIT completed(status);
-    process->deleteLater();
-    deleteLater();
+    if (emitSignal(this, &FileSync::completed, status, std::exchange(m_process, nullptr)))
+        deleteLater(); // and the process with it
 }
 
 void FileSync::onFileSyncReadyRead()
@@ -204,19 +265,20 @@ void FileSync::onFileSyncReadyRead()
         return;
     m_progress = percentage.cap(1).toInt();
     qCInfo(category) << "Progress:" << m_progress;
-    Q_EMIT transferProgress(m_progress);
+    emitSignal(this, &FileSync::transferProgress, m_progress, m_process);
 }
 
 void FileSync::onHostChanged(const QString &a_newHost)
 {
-    if (!m_process)
+    if (!m_process || m_restarting)
         return;
     qCInfo(category) << "New host:" << a_newHost << "Current host:" << m_host;
     if (a_newHost.isEmpty() || a_newHost == m_host)
         return;
 
     const bool wasRunning = m_process->state() != QProcess::NotRunning;
-    stop();
+    if (!stop())
+        return;
     if (!m_host.isEmpty())
         m_arguments.replaceInStrings(m_host, a_newHost);
     m_host = a_newHost;
@@ -225,36 +287,27 @@ void FileSync::onHostChanged(const QString &a_newHost)
         start(m_command, m_arguments);
 }
 
-void FileSync::stop()
+// Tells whether the job is still there: the child may report progress to a receiver that deletes it.
+bool FileSync::stop()
 {
+    const QPointer<FileSync> self(this);
+    QProcess *const process = m_process;
     m_restarting = true;
-    m_process->terminate();
-    m_process->waitForFinished(filesync::terminateTimeout);
-    if (m_process->state() != QProcess::NotRunning) {
-        m_process->kill();
-        m_process->waitForFinished();
+    process->terminate();
+    process->waitForFinished(filesync::terminateTimeout);
+    if (process->state() != QProcess::NotRunning) {
+        process->kill();
+        process->waitForFinished();
     }
+    if (!self)
+        return false;
     m_progress = 0;
     m_restarting = false;
+    return true;
 }
 
 // Deliberate: the result tells of failure, and that of a directory entry replaces what was noted before it.
 bool FileSync::removeDirectory(QDir dir)
 {
-    if (!dir.exists())
-        return false;
-    qCInfo(category) << "Dir:" << dir.path();
-    if (QFileInfo(dir.absolutePath()).isSymLink())
-        return !QFile::remove(dir.absolutePath());
-
-    bool failed = false;
-    const QFileInfoList entries =
-        dir.entryInfoList(QDir::Dirs | QDir::Files | QDir::NoDotAndDotDot, QDir::NoSort);
-    for (const QFileInfo &entry : entries) {
-        if (entry.isDir())
-            failed = removeDirectory(QDir(entry.absoluteFilePath()));
-        else if (!dir.remove(entry.fileName()))
-            failed = true;
-    }
-    return !dir.rmdir(dir.absolutePath()) || failed;
+    return platform::removeDirectory(dir, [](const QString &path) { qCInfo(category) << "Dir:" << path; });
 }

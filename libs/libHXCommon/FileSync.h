@@ -28,7 +28,8 @@
  * <b>Reports.</b> completed() is emitted exactly once for every job that was started, whatever became of the
  * child: an exit code, a crash, a failed start. Connect to it before the start: a start can fail at once.
  * Only two things end without a report: a remote syncFile() with an empty host name, and the destruction of
- * the job. A second start of a job is refused with a warning.
+ * the job. A second start of a job is refused with a warning. A slot of its signals may delete the job, or
+ * its parent.
  *
  * <b>Stopping a job.</b> Delete it. A running child is killed and reaped by the destructor, so that none
  * outlives its job; what the child itself has started, such as the command at the far end of an ssh, may go
@@ -47,8 +48,9 @@
  * the system's own connection time-out; both report 255.
  *
  * <b>The child.</b> Standard input is at its end from the beginning. The output is kept in memory until it is
- * read or the job ends. Names reach the child as given, in the local 8-bit encoding, and no shell of this
- * side sees them; the @e remote shell does interpret command and arguments.
+ * read or the job ends; of the errors of a failed command the last 64 KiB are logged. Names reach the child
+ * as given, in the local 8-bit encoding, and no shell of this side sees them; the @e remote shell does
+ * interpret command and arguments.
  *
  * The class belongs to the thread that owns the object, which needs an event loop; local copies and host
  * changes block it. Log category: "Olvex.FileSync".
@@ -140,7 +142,8 @@ public:
      * Copies a local file before it returns, and reports 0 or -1 about 10 ms later.
      *
      * The target is removed first and then either is a complete copy or does not exist. If it is the source
-     * itself, or leads to it, nothing is touched and the copy fails. A missing directory is not made.
+     * itself, or leads to it, also through another mount of its directory, nothing is touched and the copy
+     * fails; another hard link to the source is replaced. A missing directory is not made.
      * @param source a regular file; a relative path starts in the working directory of this process
      * @param target the file to write
      * @param hostName only logged
@@ -152,7 +155,9 @@ public:
      * Removes a directory tree.
      *
      * Hidden entries, broken links and special files are not removed; they keep their directory from being
-     * removed and so make the result true. A symbolic link is removed and never followed, also as @p dir.
+     * removed and so make the result true. A symbolic link is removed and never followed, also as @p dir; on
+     * POSIX systems not even one that another process puts in the place of a directory meanwhile. There each
+     * level takes a descriptor while it is worked on, and what is deeper than there are descriptors is left.
      * @return whether it @e failed: false when nothing is left or nothing was there, true when something is
      * left
      */
@@ -183,7 +188,7 @@ public Q_SLOTS:
      * run @e here with these arguments, not through ssh, also if it ran on the old host: host changes are for
      * commands that name the host in their own arguments. Blocks until the old child has ended, up to 30 s; a
      * child that does not end by then is killed. A job without a running command only stores the host; an
-     * empty or unchanged host changes nothing.
+     * empty or unchanged host changes nothing, nor does a call while it blocks.
      */
     void onHostChanged(const QString &a_newHost);
 
@@ -196,7 +201,7 @@ private Q_SLOTS:
 private:
     bool canStart() const;
     void start(const QString &program, const QStringList &arguments);
-    void stop();
+    bool stop();
     void report(int status);
 
     QProcess *m_process; // null once the job has reported

@@ -10,6 +10,7 @@
 
 /**
  * Registers everything of the library that scripts can use, under one module.
+ * @ingroup qml
  *
  * @code
  * registerHXCommonTypes("HXCommon"); // before the engine loads its first document
@@ -38,7 +39,7 @@
  *
  * The objects work after AppConfig::initialize(). Applications that want other names or fewer of them
  * register what they need themselves. To be called on the main thread, once for each module.
- * @param uri the name of the module, such as "HXCommon" or "Olvex.Common"
+ * @param uri the name of the module, such as "HXCommon"
  */
 HXCOMMON_EXPORT void registerHXCommonTypes(const char *uri);
 

@@ -3,19 +3,18 @@
 #include <QDateTime>
 #include <QDeadlineTimer>
 #include <QDebug>
-#include <QDir>
 #include <QFileInfo>
 #include <QLockFile>
 #include <QMetaProperty>
 #include <QSettings>
-#include <QTemporaryFile>
-#include <QTextCodec>
 
 #include <algorithm>
+#include <utility>
+#include <vector>
 
 namespace {
 
-constexpr int turnTimeout = 30000; // ms
+constexpr int turnTimeout = 10000; // ms
 constexpr int pollInterval = 5; // ms
 
 class IniFile : public QSettings {
@@ -39,15 +38,6 @@ QString keyOf(const QMetaProperty &property)
     return QString::fromUtf8(property.name());
 }
 
-int toFlagOrInt(const QString &text)
-{
-    if (text == QLatin1String("true"))
-        return 1;
-    if (text == QLatin1String("false"))
-        return 0;
-    return text.toInt();
-}
-
 void load(QObject *object, const QMetaProperty &property, const QVariant &value, const QString &path)
 {
     if (property.write(object, value))
@@ -56,14 +46,15 @@ void load(QObject *object, const QMetaProperty &property, const QVariant &value,
                << "value type" << value.typeName();
     if (property.type() != QVariant::Int || value.type() != QVariant::String)
         return;
-    if (!property.write(object, toFlagOrInt(value.toString())))
+    const QString text = value.toString();
+    if (!property.write(object, text == QLatin1String("true") ? 1 : text.toInt()))
         qWarning() << "Path:" << path << "Failed to read, string to int";
 }
 
-// ---- what QSettings would lose
+// ---- changes
 
-// Letters of two UTF-16 units: it encodes one unit at a time. Their UTF-8 bytes survive and read back as the
-// text. Null texts: as long as Qt keeps the file in memory, they would read back as a missing key.
+// QSettings loses letters of two UTF-16 units, because it encodes one unit at a time; their UTF-8 bytes
+// survive and read back as the text. A null text would read back as a missing key in this process.
 QVariant storable(const QString &text)
 {
     if (std::any_of(text.cbegin(), text.cend(), [](QChar c) { return c.isSurrogate(); }))
@@ -71,104 +62,91 @@ QVariant storable(const QString &text)
     return text.isNull() ? QLatin1String("") : text;
 }
 
-// Whether the bytes are UTF-8 of letters of one UTF-16 unit.
-bool isStorable(const QByteArray &bytes)
-{
-    QTextCodec::ConverterState state;
-    const QString text =
-        QTextCodec::codecForName("UTF-8")->toUnicode(bytes.constData(), bytes.size(), &state);
-    return state.invalidChars == 0 && state.remainingChars == 0 && storable(text).type() == QVariant::String;
-}
-
-// Whether QSettings understands the whole file: what it does not, it drops when it writes. It is given a
-// copy, because only the first object that opens a file in its present state is told of an error.
-bool isIntact(const QString &path)
+// Whether QSettings would drop or change what is in the file by writing it.
+bool isDamaged(const QString &path)
 {
     QFile file(path);
-    if (!file.exists())
-        return true;
-    QTemporaryFile copy(path + QLatin1String(".XXXXXX"));
-    if (!file.open(QIODevice::ReadOnly) || !copy.open())
+    if (!file.open(QIODevice::ReadOnly))
         return false;
     const QByteArray bytes = file.readAll();
-    if (!isStorable(bytes) || copy.write(bytes) != bytes.size() || !copy.flush())
-        return false;
-    const QSettings settings(copy.fileName(), QSettings::IniFormat);
+    const QString text = QString::fromUtf8(bytes);
+    const IniFile settings(path);
     // cppcheck-suppress ignoredReturnValue ; asking has it look at every line
     settings.allKeys();
-    return settings.status() == QSettings::NoError;
+    return settings.status() == QSettings::FormatError || text.toUtf8() != bytes
+        || storable(text).type() == QVariant::ByteArray;
 }
 
-// QSettings takes a file of the same size and millisecond for unchanged, in every process that has read it:
-// it shows the old values and writes them back.
-void renewTime(const QString &path, const QDateTime &oldTime)
+QDateTime timeOf(const QString &path)
+{
+    return QFileInfo(path).lastModified();
+}
+
+void renewTime(const QString &path, const QDateTime &last)
 {
     QFile file(path);
-    if (oldTime.isValid() && QFileInfo(path).lastModified() <= oldTime && file.open(QIODevice::Append))
-        file.setFileTime(oldTime.addMSecs(1), QFileDevice::FileModificationTime);
+    if (last.isValid() && timeOf(path) <= last && file.open(QIODevice::Append))
+        file.setFileTime(last.addMSecs(1), QFileDevice::FileModificationTime);
 }
 
-// ---- changes
-
-template <typename Change> bool changed(QSettings &settings, Change change)
-{
-    // Qt would keep what cannot be written, show it to readers and write it as soon as it can.
-    if (!settings.isWritable())
-        return false;
-    const QDateTime oldTime = QFileInfo(settings.fileName()).lastModified();
-    change(settings);
-    settings.sync();
-    renewTime(settings.fileName(), oldTime);
-    return settings.status() == QSettings::NoError;
-}
-
-// QLockFile alone would sleep for seconds between its attempts.
-bool taken(QLockFile &turn)
-{
-    const QDeadlineTimer deadline(turnTimeout);
-    while (!turn.tryLock(pollInterval)) {
-        if (turn.error() != QLockFile::LockFailedError || deadline.hasExpired())
-            return false;
+// QSettings takes a file of the size and the millisecond that it remembers for unchanged, and then writes
+// back what another process has replaced. So changes come one after the other, and each begins and ends with
+// a later time than the file has ever had: whatever this process read before, and when, it is read again.
+class Turn {
+public:
+    explicit Turn(const QString &path) : m_path(path), m_lock(path + QLatin1String(".turn"))
+    {
+        const QDeadlineTimer deadline(turnTimeout);
+        while (!m_lock.tryLock(pollInterval) && m_lock.error() == QLockFile::LockFailedError
+               && !deadline.hasExpired()) { }
+        renewTime(path, timeOf(path));
+        m_last = timeOf(path);
     }
-    return true;
-}
+    ~Turn() { renewTime(m_path, m_last); }
+    Turn(const Turn &) = delete;
+    Turn &operator=(const Turn &) = delete;
 
-// One task at a time, in all processes.
-template <typename Task> void inTurn(const QString &path, Task task)
-{
-    QDir().mkpath(QFileInfo(path).path());
-    QLockFile turn(path + QLatin1String(".turn"));
-    if (!taken(turn) || !task())
-        qWarning() << "Path:" << path << "Failed to write";
-}
+private:
+    const QString m_path;
+    QLockFile m_lock;
+    QDateTime m_last;
+};
 
-template <typename Change> void changeIntact(const QString &path, Change change)
+template <typename Change> void changeFile(const QString &path, Change change)
 {
-    inTurn(path, [&] {
-        if (!isIntact(path))
-            return false;
+    const QString copy = path + QLatin1String(".damaged");
+    bool damaged = false;
+    bool failed = false;
+    {
+        const Turn turn(path);
+        damaged = isDamaged(path);
+        if (damaged)
+            QFile::copy(path, copy);
         IniFile settings(path);
-        return changed(settings, change);
-    });
-}
-
-bool hasKeys(const QString &path, const QString &group)
-{
-    IniFile settings(path);
-    settings.beginGroup(group);
-    return !settings.allKeys().isEmpty();
+        change(settings);
+        settings.sync();
+        failed = settings.status() == QSettings::AccessError;
+    }
+    if (damaged)
+        qWarning() << "Path:" << path << "Damaged, see" << copy;
+    if (failed)
+        qWarning() << "Path:" << path << "Failed to write";
 }
 
 } // namespace
 
 void InitProperties::write(const QObject *object, const QString &path, const QString &group)
 {
-    changeIntact(path, [&](QSettings &settings) {
+    // First, because reading a property runs code of the application, which may use the file, too.
+    std::vector<std::pair<QString, QVariant>> values;
+    forEachOwnProperty(object, [&](const QMetaProperty &property) {
+        if (property.isReadable())
+            values.emplace_back(keyOf(property), storable(property.read(object).toString()));
+    });
+    changeFile(path, [&](QSettings &settings) {
         settings.beginGroup(group);
-        forEachOwnProperty(object, [&](const QMetaProperty &property) {
-            if (property.isReadable())
-                settings.setValue(keyOf(property), storable(property.read(object).toString()));
-        });
+        for (const auto &[key, value] : values)
+            settings.setValue(key, value);
         settings.endGroup();
     });
 }
@@ -212,14 +190,12 @@ QString InitProperties::readSettingsLine(const QString &path, const QString &key
 
 void InitProperties::writeSettingsLine(const QString &path, const QString &key, const QString &value)
 {
-    changeIntact(path, [&](QSettings &settings) { settings.setValue(key, storable(value)); });
+    changeFile(path, [&](QSettings &settings) { settings.setValue(key, storable(value)); });
 }
 
 void InitProperties::removeGroup(const QString &path, const QString &group)
 {
-    if (!hasKeys(path, group))
-        return;
-    changeIntact(path, [&](QSettings &settings) {
+    changeFile(path, [&](QSettings &settings) {
         settings.beginGroup(group);
         settings.remove(QString());
         settings.endGroup();
@@ -228,10 +204,5 @@ void InitProperties::removeGroup(const QString &path, const QString &group)
 
 void InitProperties::clearAll(const QString &path)
 {
-    if (!hasKeys(path, QString()))
-        return;
-    inTurn(path, [&] {
-        QSettings settings(path, QSettings::IniFormat);
-        return changed(settings, [](QSettings &file) { file.clear(); });
-    });
+    changeFile(path, [](QSettings &settings) { settings.clear(); });
 }

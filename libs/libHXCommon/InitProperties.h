@@ -19,10 +19,12 @@ class QSettings;
  * @code
  * class Monitor : public QObject {
  *     Q_OBJECT
- *     Q_PROPERTY(int volume READ volume WRITE setVolume NOTIFY volumeChanged)
- *     ...
+ *     Q_PROPERTY(int volume MEMBER m_volume)
+ *     int m_volume = 5;
  * };
+ * @endcode
  *
+ * @code
  * InitProperties::write(&monitor, path, QStringLiteral("Monitor"));
  * InitProperties::read(&monitor, path, QStringLiteral("Monitor"));
  * @endcode
@@ -33,19 +35,20 @@ class QSettings;
  * it writes is on disk then. A missing file reads as empty, and is made, with its directory, by the first
  * write. Writing drops comments and empty groups. Keys above the first group are stored as group "General".
  *
- * Letters beyond the basic multilingual plane, which QSettings cannot write, make a value be stored as
- * "@ByteArray(...)"; it reads back as the text.
- *
  * Several threads and processes may use these functions on one file at the same time: no change is lost, and
- * each reader sees either the old or the new file. A file "<path>.turn" stands beside it during a change.
+ * each reader sees either the old or the new file. For that a file "<path>.turn" stands beside it during a
+ * change; who waits for its turn for 10 s goes on without. Each change makes the time of the file at least
+ * 2 ms later.
  *
  * ### The values
  *
  * Values are text, as QVariant::toString() gives it; a value without a text form is stored as empty text.
- * Numbers, booleans, texts, dates, times, URLs, UUIDs and enumerations survive; byte arrays do if they are
- * UTF-8, lists of texts if they hold one text. An enumeration that is known to the meta-type system is stored
- * by its key, another by its number. A value typed by hand with commas and without quotes is a list, which is
- * no text.
+ * Numbers, booleans, texts, dates, times, URLs, UUIDs and enumerations with Q_ENUM survive; byte arrays do if
+ * they are UTF-8, lists of texts if they hold one text. These do not: `char`, `uchar`, QChar, QFlags that are
+ * registered, enumerations without Q_ENUM, and a U+FEFF at the start of a text. An enumeration that is known
+ * to the meta-type system is stored by its key, another by its number. A value typed by hand with commas and
+ * without quotes is a list, which is no text. Letters beyond the basic multilingual plane, which QSettings
+ * cannot write, make a value be stored as "@ByteArray(...)"; it reads back as the text.
  *
  * Conversions are those of QVariant, which lets some odd values pass without a warning: an integer beyond 32
  * bits loses its upper bits, any text but "false", "0" and the empty one is a true boolean.
@@ -53,11 +56,14 @@ class QSettings;
  * ### Failures
  *
  * Nothing is returned. Warnings go to the default log category:
- * - a value that does not fit its property leaves the property as it was, see writeMetaProperties();
- * - a change that cannot be written leaves the file as it was: "Path: ... Failed to write". That happens to
- * files that are read-only, damaged, or kept locked by another process for 30 s. Damaged is what QSettings
- * would drop or change by writing the file again: lines that are no settings, bytes that are no UTF-8,
- * letters beyond the basic plane. Only clearAll() writes such a file.
+ * - A value that does not fit its property leaves the property as it was, see writeMetaProperties().
+ * - "Path: ... Damaged, see ...": the file holds what QSettings would drop or change by writing it again,
+ *   such as lines that are no settings ("# comment"), bytes that are no UTF-8, or letters beyond the basic
+ *   plane. It is kept as "<path>.damaged", unless there is one already, and then written.
+ * - "Path: ... Failed to write": the file cannot be written. Qt remembers the change: readers in this process
+ *   see it, and the next write that succeeds brings it along.
+ *
+ * A nearly full disk may leave the file cut short, without a warning: QSettings does not notice.
  */
 class HXCOMMON_EXPORT InitProperties {
 public:
@@ -94,11 +100,11 @@ public:
     /// Sets one key.
     static void writeSettingsLine(const QString &path, const QString &key, const QString &value);
 
-    /// Removes a group and all that is in it; the empty name means all keys. Without such a group the file is
-    /// not touched.
+    /// Removes a group and all that is in it; the empty name means all keys. Without such a group the
+    /// contents stay as they are.
     static void removeGroup(const QString &path, const QString &group);
 
-    /// Removes all keys of a file, which is left empty. A file without keys is not touched, nor made.
+    /// Removes all keys of a file, which is left empty. A missing file is not made.
     static void clearAll(const QString &path);
 };
 

@@ -7,6 +7,7 @@
 #include <QNetworkAccessManager>
 #include <QNetworkConfigurationManager>
 #include <QNetworkRequest>
+#include <QPointer>
 
 // Qt 5.15 deprecates the network-configuration classes in favour of Qt 6, which this library does not use.
 QT_WARNING_DISABLE_DEPRECATED
@@ -15,13 +16,16 @@ namespace {
 
 Q_LOGGING_CATEGORY(category, "Olvex.NetworkManager", QtInfoMsg)
 
+// instance() keeps a connection for each call.
+QPointer<NetworkManager> current;
+
 template <typename... Body>
 using Method = QNetworkReply *(QNetworkAccessManager::*)(const QNetworkRequest &, Body...);
 
 template <typename... Body>
 QNetworkReply *send(Method<Body...> method, const QNetworkRequest &request, Body... body)
 {
-    QNetworkAccessManager *const manager = NetworkManager::instance()->accessManager();
+    QNetworkAccessManager *const manager = current ? current->accessManager() : nullptr;
     if (!manager) {
         qCWarning(category) << "Request before initialize:" << request.url();
         return nullptr;
@@ -31,7 +35,10 @@ QNetworkReply *send(Method<Body...> method, const QNetworkRequest &request, Body
 
 } // namespace
 
-NetworkManager::NetworkManager(QObject *parent) : QObject(parent) { }
+NetworkManager::NetworkManager(QObject *parent) : QObject(parent)
+{
+    current = this;
+}
 
 NetworkManager *NetworkManager::instance()
 {

@@ -45,8 +45,7 @@ public:
      * The manager; never null. Its parent is the application object; it is deleted with that or at process
      * exit. If it was deleted before, a new one is made, which needs initialize() again.
      *
-     * Every call, and with it every request, connects `destroyed` once more; OXUrls::instance() says what
-     * that costs.
+     * Every call connects `destroyed` once more; OXUrls::instance() says what that costs. Requests do not.
      */
     static NetworkManager *instance();
 

@@ -100,6 +100,7 @@ extern HXCOMMON_EXPORT const QMap<int, int> ManikinProductTypeMap;
 
 /**
  * The display name of a manikin type, in English.
+ * @ingroup states
  *
  * @return "Model 21" and the like; "Not connected to simulator" for 255; "Unknown Manikin" for a number
  * without a name. The text lives as long as the library and is never null.

@@ -8,7 +8,7 @@
 #include <QString>
 #include <QSystemSemaphore>
 
-#include <memory>
+#include <optional>
 
 /**
  * Lets an executable run only once at a time.
@@ -39,6 +39,11 @@
  * directory do: one of them runs, the others are refused. The segment that a killed process left behind can
  * only be removed by a process of the same user or of the administrator.
  *
+ * What cleans that directory must spare files named "qipc_*": without them two instances can run.
+ *
+ * Guards with one name take turns, each for a moment; other names do not matter. A guard that has waited for
+ * 10 s in all, for its turns together, warns (default log category) and goes on without.
+ *
  * A guard belongs to the thread that constructs it. Errors of the operating system are not told apart:
  * whoever cannot create the segment may not run.
  */
@@ -46,8 +51,8 @@ class HXCOMMON_EXPORT RunGuard : public QObject {
     Q_OBJECT
 
 public:
-    /// Prepares a guard for the instances that share the name @p key. It may wait while another process is
-    /// starting.
+    /// Prepares a guard for the instances that share the name @p key. It may wait while another such
+    /// process is starting.
     explicit RunGuard(const QString &key, QObject *parent = nullptr);
 
     /// Gives up the claim if this guard holds it.
@@ -64,12 +69,12 @@ public:
 private:
     class Turn;
 
-    std::unique_ptr<Turn> turn; // first, so that it outlives the others in the destructor
     const QString key;
     const QString memLockKey;
     const QString sharedMemKey;
-    QSharedMemory sharedMem;
-    QSystemSemaphore memLock;
+    std::optional<QSharedMemory> sharedMem; // these two are made, used and removed in turn
+    std::optional<QSystemSemaphore> memLock;
+    int patience = 10000; // ms, for all its turns together; -1 when one was not to be had
 };
 
 #endif

@@ -3,6 +3,7 @@
 // which the first argument tells, it takes the steps of the remote command.
 //
 //     out=TEXT, err=TEXT  prints the text, in which "^" and two hexadecimal digits stand for a byte
+//     fill=COUNT          prints so many blanks as errors
 //     exit=STATUS         ends
 //     root                ends with 99 unless it works in the root of a file system
 //     stdin               waits for the end of its input
@@ -34,6 +35,8 @@ int main(int argc, char **argv)
         if (name == "out" || name == "err")
             (name == "out" ? std::cout : std::cerr)
                 << QByteArray::fromPercentEncoding(value, '^').toStdString() << std::flush;
+        else if (name == "fill")
+            std::cerr << std::string(value.toUInt(), ' ');
         else if (name == "exit")
             return value.toInt();
         else if (name == "root" && !QDir::current().isRoot())

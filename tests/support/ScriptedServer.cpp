@@ -80,23 +80,3 @@ ScriptedServer::Answer ScriptedServer::page(const QByteArray &body, int status, 
     return {"HTTP/1.1 " + QByteArray::number(status) + " Scripted\r\n" + headerLines
             + "Content-Length: " + QByteArray::number(body.size()) + "\r\n\r\n" + body};
 }
-
-const QMap<QByteArray, ScriptedServer::Answer> &ScriptedServer::faults()
-{
-    static const QByteArray whole = page(QByteArray(10000, 'x')).bytes;
-    static const QByteArray part = whole.left(1000);
-    static const QMap<QByteArray, Answer> answers{
-        {"hang", {"", Hang}},
-        {"hang in body", {part, Hang}},
-        {"drip", {whole, Keep, 5, 1}},
-        {"endless header",
-         {"HTTP/1.1 200 Scripted\r\n" + QByteArray("X-Filler: x\r\n").repeated(1000), Hang}},
-        {"close at once", {"", Close}},
-        {"close in header", {part.left(30), Close}},
-        {"close in body", {part, Close}},
-        {"reset", {"", Reset}},
-        {"reset in body", {part, Reset}},
-        {"no HTTP", {"\x16\x03\x01\xff\xfe no HTTP \r\n\r\n", Close}},
-    };
-    return answers;
-}

@@ -1,7 +1,6 @@
 #ifndef SCRIPTEDSERVER_H
 #define SCRIPTEDSERVER_H
 
-#include <QMap>
 #include <QTcpServer>
 #include <QUrl>
 
@@ -43,9 +42,6 @@ public:
     const QByteArray &lastRequest() const { return m_lastRequest; } ///< As received.
 
     static Answer page(const QByteArray &body, int status = 200, const QByteArray &headerLines = {});
-
-    /// Answers that are of no use to any client, by name.
-    static const QMap<QByteArray, Answer> &faults();
 
 private:
     QByteArray m_lastRequest;

@@ -4,7 +4,9 @@
 #include <cstddef>
 #include <cstdio>
 
+class QDir;
 class QFile;
+class QString;
 
 /// What differs between operating systems; private to the library. One source file per system.
 namespace platform {
@@ -69,15 +71,31 @@ void writeSignal(int descriptor, int number);
 int readSignal(int descriptor);
 
 /**
- * Keeps other callers of this function out of the same directory, in all processes, until unlockDirectory().
- * The system releases the lock of a process that ends.
+ * Keeps other callers of this function away from the same file, in all processes, until unlockFile(). Makes
+ * the file when missing; the system releases the lock of a process that ends.
  *
- * Who waits longer than @p milliseconds goes on without the lock. Windows needs none: its named objects come
- * into being and vanish in one step.
- * @return what unlockDirectory() takes
+ * Windows needs none: its named objects come into being and vanish in one step.
+ * @param milliseconds how long to wait; less what was waited afterwards
+ * @return what unlockFile() takes; -1 when there is no lock
  */
-int lockDirectory(const char *path, int milliseconds);
-void unlockDirectory(int descriptor);
+int lockFile(const char *path, int *milliseconds);
+void unlockFile(int lock);
+
+/// Removes the semaphore that Qt makes for @p keyFile if it never had a value, because its maker was killed.
+void removeOrphanedSemaphore(const char *keyFile);
+
+/// Whether two paths lead to one entry of one directory, so that removing the one removes the other, too.
+/// Other hard links to the same file do not count.
+bool isSameEntry(const QString &path, const QString &other);
+
+/**
+ * Removes a directory tree as FileSync::removeDirectory() documents it, and calls @p enter with the path of
+ * each directory before that.
+ *
+ * POSIX: who swaps a directory of the tree for a symbolic link meanwhile does not lead it out of the tree.
+ * @return whether it @e failed
+ */
+bool removeDirectory(const QDir &dir, void (*enter)(const QString &path));
 
 } // namespace platform
 

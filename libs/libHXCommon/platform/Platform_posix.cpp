@@ -1,15 +1,20 @@
 #include "Platform.h"
 
+#include <QDir>
 #include <QFile>
 
 #include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <ctime>
+#include <map>
 #include <thread>
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/ipc.h>
+#include <sys/sem.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -36,6 +41,63 @@ struct TerminationSignal {
     struct sigaction former;
 };
 TerminationSignal terminationSignals[] = {{SIGINT, {}}, {SIGTERM, {}}, {SIGHUP, {}}};
+
+// Decides as QDir does when it lists files and directories: no hidden entries, special files, broken links
+// and names that the local encoding does not know.
+bool isListed(int directory, const char *name, struct stat *status)
+{
+    struct stat link { };
+    return name[0] != '.' && QFile::encodeName(QFile::decodeName(name)) == name
+        && ::fstatat(directory, name, status, 0) == 0
+        && (S_ISDIR(status->st_mode) || S_ISREG(status->st_mode)
+            || (::fstatat(directory, name, &link, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(link.st_mode)));
+}
+
+struct Entry {
+    QString name;
+    bool isDirectory; // or a link to one
+};
+
+// In the order of QDir: by name, without case.
+std::multimap<QString, Entry> entriesOf(DIR *directory, const QStringList &nameFilters)
+{
+    std::multimap<QString, Entry> entries;
+    while (const dirent *const entry = ::readdir(directory)) {
+        const QString name = QFile::decodeName(entry->d_name);
+        struct stat status { };
+        if (isListed(::dirfd(directory), entry->d_name, &status)
+            && (nameFilters.isEmpty() || QDir::match(nameFilters, name)))
+            entries.insert({name.toLower(), {name, S_ISDIR(status.st_mode)}});
+    }
+    return entries;
+}
+
+// Removes a directory, or a link to one, from its parent.
+bool removeTree(int parent, const QByteArray &name, const QDir &dir, void (*enter)(const QString &path))
+{
+    struct stat status { };
+    if (::fstatat(parent, name, &status, 0) != 0 || !S_ISDIR(status.st_mode))
+        return false;
+    enter(dir.path());
+    if (::fstatat(parent, name, &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(status.st_mode))
+        return ::unlinkat(parent, name, 0) != 0;
+
+    bool failed = false;
+    const int descriptor = ::openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    if (DIR *const directory = ::fdopendir(descriptor)) {
+        for (const auto &[key, entry] : entriesOf(directory, dir.nameFilters())) {
+            const QByteArray entryName = QFile::encodeName(entry.name);
+            if (entry.isDirectory)
+                failed = removeTree(descriptor, entryName, QDir(dir.absoluteFilePath(entry.name)), enter);
+            else if (::unlinkat(descriptor, entryName, 0) != 0)
+                failed = true;
+        }
+        ::closedir(directory);
+    } else {
+        ::close(descriptor);
+    }
+    return ::unlinkat(parent, name, AT_REMOVEDIR) != 0 || failed;
+}
 
 } // namespace
 
@@ -155,17 +217,50 @@ int readSignal(int descriptor)
     return count == 1 ? byte : -1;
 }
 
-int lockDirectory(const char *path, int milliseconds)
+int lockFile(const char *path, int *milliseconds)
 {
-    const int descriptor = ::open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    while (::flock(descriptor, LOCK_EX | LOCK_NB) == -1 && errno == EWOULDBLOCK && --milliseconds > 0)
+    // Without O_CREAT first: another user's file is opened, but not made, in a shared directory.
+    int descriptor = ::open(path, O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
+    if (descriptor == -1)
+        descriptor = ::open(path, O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_CREAT, 0644);
+    while (::flock(descriptor, LOCK_EX | LOCK_NB) == -1) {
+        if (errno != EWOULDBLOCK || *milliseconds <= 0) {
+            ::close(descriptor);
+            return -1;
+        }
+        --*milliseconds;
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
     return descriptor;
 }
 
-void unlockDirectory(int descriptor)
+void unlockFile(int lock)
 {
-    ::close(descriptor);
+    ::close(lock);
+}
+
+void removeOrphanedSemaphore(const char *keyFile)
+{
+    const int semaphore = ::semget(::ftok(keyFile, 'Q'), 1, 0);
+    if (::semctl(semaphore, 0, GETVAL) == 0 && ::semctl(semaphore, 0, GETPID) == 0)
+        ::semctl(semaphore, 0, IPC_RMID);
+}
+
+bool isSameEntry(const QString &path, const QString &other)
+{
+    const QFileInfo entry(QFileInfo(path).canonicalFilePath());
+    const QFileInfo otherEntry(QFileInfo(other).canonicalFilePath());
+    struct stat directory { };
+    struct stat otherDirectory { };
+    return entry.fileName() == otherEntry.fileName()
+        && ::stat(QFile::encodeName(entry.path()), &directory) == 0
+        && ::stat(QFile::encodeName(otherEntry.path()), &otherDirectory) == 0
+        && directory.st_dev == otherDirectory.st_dev && directory.st_ino == otherDirectory.st_ino;
+}
+
+bool removeDirectory(const QDir &dir, void (*enter)(const QString &path))
+{
+    return removeTree(AT_FDCWD, QFile::encodeName(dir.absolutePath()), dir, enter);
 }
 
 } // namespace platform

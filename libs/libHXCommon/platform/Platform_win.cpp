@@ -1,5 +1,6 @@
 #include "Platform.h"
 
+#include <QDir>
 #include <QFile>
 
 #include <fcntl.h>
@@ -86,11 +87,38 @@ int readSignal(int)
     return -1;
 }
 
-int lockDirectory(const char *, int)
+int lockFile(const char *, int *)
 {
-    return -1;
+    return 0;
 }
 
-void unlockDirectory(int) { }
+void unlockFile(int) { }
+
+void removeOrphanedSemaphore(const char *) { }
+
+bool isSameEntry(const QString &path, const QString &other)
+{
+    return QFileInfo(path) == QFileInfo(other);
+}
+
+bool removeDirectory(const QDir &dir, void (*enter)(const QString &path))
+{
+    if (!dir.exists())
+        return false;
+    enter(dir.path());
+    if (QFileInfo(dir.absolutePath()).isSymLink())
+        return !QFile::remove(dir.absolutePath());
+
+    bool failed = false;
+    const QFileInfoList entries =
+        dir.entryInfoList(QDir::Dirs | QDir::Files | QDir::NoDotAndDotDot, QDir::NoSort);
+    for (const QFileInfo &entry : entries) {
+        if (entry.isDir())
+            failed = removeDirectory(QDir(entry.absoluteFilePath()), enter);
+        else if (!QFile::remove(entry.filePath()))
+            failed = true;
+    }
+    return !dir.rmdir(dir.absolutePath()) || failed;
+}
 
 } // namespace platform
