@@ -331,7 +331,8 @@ QString CommandLine::completion() const
 int fail(int status, const QString &sentence)
 {
     std::fflush(stdout);
-    std::fprintf(stderr, "%s\n", qPrintable(sentence));
+    // The error texts of Windows end with a full stop of their own.
+    std::fprintf(stderr, "%s\n", qPrintable(QString(sentence).replace(text(".."), text("."))));
     return status;
 }
 
