@@ -104,7 +104,7 @@ public:
 private:
     void startJobs(const QString &directory)
     {
-        const JobKind &kind = jobKinds[++m_started % std::size(jobKinds)];
+        const JobKind &kind = jobKinds[std::size_t(++m_started) % std::size(jobKinds)];
         ++m_unreported;
         auto *const job = new FileSync(this);
         connect(job, &FileSync::completed, this, [this, &kind](int status) {
