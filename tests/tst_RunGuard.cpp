@@ -24,7 +24,8 @@ namespace {
 const QString memLockKeyOfX = QStringLiteral("3221a8dce72df9a3004ec3dd72416a0139ed60f6");
 const QString sharedMemKeyOfX = QStringLiteral("bca29f6f2f4e501c38563a9232f5e32fcbeb225c");
 
-// A process that tries to become the running instance of "x", and stays until it is left.
+// A process that makes the guard "x", tries to become the running instance when it is told to, and stays
+// until it is left.
 class Contender : public QProcess {
 public:
     Contender() { start(QStringLiteral(GUARD_CONTENDER_PATH), {QStringLiteral("x")}); }
@@ -34,10 +35,18 @@ public:
         waitForFinished();
     }
 
-    QByteArray verdict()
+    void go() { write("go\n"); }
+
+    QByteArray answer()
     {
         while (!canReadLine() && waitForReadyRead()) { }
         return readLine().trimmed();
+    }
+
+    QByteArray verdict()
+    {
+        go();
+        return answer() == "made" ? answer() : QByteArray();
     }
 };
 
@@ -72,10 +81,12 @@ private Q_SLOTS:
         QVERIFY(semaphore.acquire());
         {
             Contender contender;
+            contender.go();
+            QCOMPARE(contender.answer(), QByteArray("made"));
             QVERIFY(!contender.waitForReadyRead(300));
             QVERIFY(!segment.attach());
             QVERIFY(semaphore.release());
-            QCOMPARE(contender.verdict(), QByteArray("running"));
+            QCOMPARE(contender.answer(), QByteArray("running"));
             QVERIFY(segment.attach());
             QVERIFY(segment.size() >= 8); // Windows counts whole pages
         }
@@ -94,8 +105,13 @@ private Q_SLOTS:
         const LogCapture log;
         QVERIFY(RunGuard(QStringLiteral("y")).tryToRun()); // another name does not wait
         QCOMPARE(log.lines(), QStringList());
+        ::flock(turn, LOCK_UN);
+        QCOMPARE(contender.answer(), QByteArray("made"));
+        QVERIFY(::flock(turn, LOCK_EX) == 0);
+        contender.go();
+        QVERIFY(!contender.waitForReadyRead(300));
         ::close(turn);
-        QCOMPARE(contender.verdict(), QByteArray("running"));
+        QCOMPARE(contender.answer(), QByteArray("running"));
     }
 
     // Left at 0 by a process that was killed while it made them.
@@ -127,6 +143,8 @@ private Q_SLOTS:
         }
         std::vector<Contender> contenders(10);
         QByteArrayList verdicts;
+        for (Contender &contender : contenders)
+            contender.go();
         for (Contender &contender : contenders)
             verdicts << contender.verdict();
         QVERIFY(verdicts.count("running") == 1 && verdicts.count("refused") == 9);
