@@ -40,9 +40,9 @@ private Q_SLOTS:
         manager->initialize();
         QCOMPARE(manager->children(), managers);
         QCOMPARE(checks.count(), 0);
+        while (updates.wait(500)) { } // for what initialize() began
         NetworkManager::updateConfigurations();
         QCOMPARE(checks.count(), 1);
-        updates.clear();
         QVERIFY(updates.wait());
     }
 

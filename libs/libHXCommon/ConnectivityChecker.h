@@ -47,7 +47,8 @@ QT_WARNING_DISABLE_DEPRECATED
  * Setting the property emits no signal; bindings follow at the next check.
  *
  * The first 1 MiB of the body of a successful probe is kept and logged, and the rest is skipped as it
- * arrives; so probe a small resource. A compressed body is unpacked by Qt before that, in memory.
+ * arrives; so probe a small resource. A compressed body is unpacked by Qt before that, in memory: all that
+ * has arrived at once, to about a thousand times its size at worst.
  *
  * Do not rely on the platform's word alone. Qt 5.15 polls the interfaces, so a change is heard up to 10 s
  * late, and a network that is missing from the start is never announced; requests are sent all the same. A

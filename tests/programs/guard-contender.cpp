@@ -1,5 +1,5 @@
-// Waits for a line on standard input, tries to become the running instance of the guard named by its
-// argument, prints "running" or "refused", and runs until its standard input ends.
+// Makes the guard named by its argument, prints "made", waits for a line on standard input, tries to become
+// the running instance, prints "running" or "refused", and runs until its standard input ends.
 
 #include <RunGuard.h>
 
@@ -8,14 +8,11 @@
 
 int main(int, char **argv)
 {
+    RunGuard guard(QString::fromLocal8Bit(argv[1]));
+    std::cout << "made" << std::endl;
     std::string line;
     std::getline(std::cin, line);
-    RunGuard guard(QString::fromLocal8Bit(argv[1]));
-    if (!guard.tryToRun()) {
-        std::cout << "refused" << std::endl;
-        return 3;
-    }
-    std::cout << "running" << std::endl;
+    std::cout << (guard.tryToRun() ? "running" : "refused") << std::endl;
     while (std::getline(std::cin, line)) { }
     return 0;
 }
