@@ -38,11 +38,6 @@ bool start(const QByteArray &arguments)
     return !AppConfig::instance()->initialize(QStringLiteral("test"), QStringLiteral("1.2.3.4"));
 }
 
-QString text(const char *utf8)
-{
-    return QString::fromUtf8(utf8);
-}
-
 // With all messages, and no others, in my.log.
 bool startQuietly(const QByteArray &arguments = QByteArray())
 {

@@ -88,11 +88,6 @@ const struct {
     {"error", "out=ready|hang=m-1", nullptr, -1, 15},
 };
 
-QString text(const char *utf8)
-{
-    return QString::fromUtf8(utf8);
-}
-
 // The content of a file, null if there is none.
 QByteArray readFile(const QString &path)
 {

@@ -38,12 +38,6 @@ const struct {
 // Below the directory of the file.
 const char *const unwritablePaths[] = {"/.", "/settings.ini/other.ini", "/settings.ini"};
 
-QByteArray contents(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly | QIODevice::Text) ? file.readAll() : QByteArray();
-}
-
 } // namespace
 
 // Types whose text form reads back, and QRect, which has none; all kinds of access.
@@ -252,12 +246,7 @@ private:
         return name;
     }
 
-    void store(const QByteArray &bytes) const
-    {
-        QDir().mkpath(QFileInfo(m_path).path());
-        QFile file(m_path);
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
-    }
+    void store(const QByteArray &bytes) const { QVERIFY(write(m_path, bytes)); }
 
     std::unique_ptr<QTemporaryDir> m_directory;
     QString m_path;

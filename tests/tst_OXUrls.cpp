@@ -11,11 +11,6 @@
 
 namespace {
 
-QString text(const char *utf8)
-{
-    return QString::fromUtf8(utf8);
-}
-
 // Scripts and the journals that they have to cause; at() selects the environment and the region, "mine" is a
 // query with one item.
 const struct {

@@ -1,6 +1,7 @@
 #ifndef CASES_H
 #define CASES_H
 
+#include <QDir>
 #include <QRegularExpression>
 #include <QtTest>
 
@@ -19,6 +20,26 @@ template <typename Case, std::size_t count> void addCases(const Case (&cases)[co
 template <typename Case, std::size_t count> const Case &currentCase(const Case (&cases)[count])
 {
     return cases[*static_cast<int *>(QTest::qData("index", QMetaType::Int))];
+}
+
+inline QString text(const char *utf8)
+{
+    return QString::fromUtf8(utf8);
+}
+
+/// What is in a file, with "\n" at the end of its lines; null if it cannot be read.
+inline QByteArray contents(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly | QIODevice::Text) ? file.readAll() : QByteArray();
+}
+
+/// Makes a file of these bytes, and the directories above it. Returns whether it is there.
+inline bool write(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    return QDir().mkpath(QFileInfo(path).path()) && file.open(QIODevice::WriteOnly)
+        && file.write(bytes) == bytes.size();
 }
 
 /// Whether all of a text, of one line or many, looks like @p pattern: "*" stands for any characters, "?" for
