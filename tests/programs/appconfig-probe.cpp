@@ -6,7 +6,6 @@
 #include <AppConfigProcess.h>
 #include <FileSync.h>
 #include <OXUrls.h>
-#include <OXVersion.h>
 #include <Product.h>
 #include <platform/Platform.h>
 
@@ -116,19 +115,6 @@ void printPaths()
            directoriesIn("appdata/Brantel Medical"), directoriesIn("appdata/Brantel Medical/Olvex/var")});
 }
 
-// --name: what the application object says.
-void printVersions()
-{
-    QCoreApplication::setApplicationVersion(argument("name", "1.2.3.4"));
-    print({AppConfig::majorMiniorMicroVersion(), AppConfig::versionInfo(), AppConfig::buildStamp(),
-           AppConfig::systemVersion()});
-    QFile::remove(QStringLiteral("version.txt"));
-    const QVariant version = QVariant::fromValue(OXVersion(QStringLiteral("1.2.3")));
-    print({AppConfig::systemVersion(), version.toString()});
-    std::printf("%d %d %d %d %d\n", version.toBool(), QVariant::fromValue(OXVersion()).toBool(),
-                AppConfig::isPrototype(), AppConfig::runAsUser(), AppConfig::application() == qApp);
-}
-
 // The region, after the old settings have changed, and the files beside the settings.
 void printSettings()
 {
@@ -209,7 +195,6 @@ const std::map<QByteArray, void (*)()> actions = {
     {"look-up", lookOptionUp},
     {"flags", printFlags},
     {"paths", printPaths},
-    {"versions", printVersions},
     {"settings", printSettings},
     {"log", logAll},
     {"warn", [] { qWarning("a warning"); }},
@@ -235,8 +220,6 @@ int main(int argc, char **argv)
     config.addArgument("--many", -1, nullptr);
     config.addArgument("--tmppath", 0, "Loses against the built-in option");
     config.showBuiltinHelp = !AppConfig::argumentExits(QStringLiteral("plain"));
-    if (AppConfig::argumentExits(QStringLiteral("early-version")))
-        print({AppConfig::systemVersion()});
     if (!config.initialize(QStringLiteral("probe"), QStringLiteral("1.2.3.4")))
         actions.at(argument("do", "").toLatin1())();
     return 0;
