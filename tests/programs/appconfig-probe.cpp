@@ -152,13 +152,15 @@ void raiseConsoleEvent()
     FreeConsole();
     AllocConsole();
     const auto raise = [] { GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0); };
+    const int longer = 6000; // the handler returns meanwhile, and the process stays
 #else
     const auto raise = [] { std::thread([] { qInfo("handled=%d", cleanWindowsExit(0)); }).detach(); };
+    const int longer = 500; // the handler does not return as long as the process may live
 #endif
     qInfo("installed=%d", AppConfig::cleanExit());
     QTimer::singleShot(0, raise);
     qInfo("loop left with %d", QCoreApplication::exec());
-    QThread::sleep(6); // the handler returns meanwhile
+    QThread::msleep(longer);
     qInfo("alive");
 }
 
