@@ -19,7 +19,7 @@ namespace {
 
 // The argument list behind QCoreApplication::arguments(), which reads it again on every call.
 int argumentCount = 1;
-char *argumentVector[70000] = {};
+char *argumentVector[16] = {};
 QVector<QByteArray> argumentTexts;
 
 void setCommandLine(const QByteArray &arguments)
