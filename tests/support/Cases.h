@@ -27,7 +27,7 @@ inline QString text(const char *utf8)
     return QString::fromUtf8(utf8);
 }
 
-/// What is in a file, with "\n" at the end of its lines; null if it cannot be read.
+/// What is in a file, with "\n" at the end of its lines; nothing if it cannot be read.
 inline QByteArray contents(const QString &path)
 {
     QFile file(path);

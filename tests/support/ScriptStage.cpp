@@ -1,25 +1,42 @@
 #include "ScriptStage.h"
 
+#include "Cases.h"
+
 #include <QQmlEngine>
-#include <QRegularExpression>
+
+void ScriptStage::addScripts(const QString &path)
+{
+    QTest::addColumn<QString>("script");
+    QTest::addColumn<QString>("journal");
+    QStringList blocks = text(contents(path)).split(text("\n$ "));
+    const QString forAll = blocks.takeFirst();
+    for (const QString &block : qAsConst(blocks)) {
+        QStringList script(forAll), journal;
+        const QStringList lines = block.split(QLatin1Char('\n'));
+        for (const QString &line : lines.mid(1)) {
+            const bool expected = line.startsWith(text("> "));
+            (expected ? journal : script) << line.mid(expected ? 2 : 0);
+        }
+        QTest::newRow(qPrintable(lines[0]))
+            << script.join(QLatin1Char('\n')) << journal.join(QLatin1Char(' '));
+    }
+}
 
 QString ScriptStage::play(const QString &script)
 {
     show("stage", this);
-    const QString verbs = QStringLiteral("for (const name in stage) this[name] = stage[name];");
-    const QJSValue result = engine.evaluate(verbs + script);
+    const QJSValue result = engine.evaluate(text("for (const name in stage) this[name] = stage[name];"
+                                                 "const log = fragment => messages(fragment).forEach(note);")
+                                            + script);
     if (result.isError())
         note(result);
-    return journal.join(QLatin1Char(' '))
-        .replace(QLatin1Char('"'), QLatin1Char('\''))
-        .remove(QRegularExpression(QStringLiteral("Olvex\\.\\w+\\.")));
+    return journal.join(QLatin1Char(' ')).remove(QRegularExpression(text("Olvex\\.\\w+\\.")));
 }
 
-void ScriptStage::log(const QString &fragment)
+QStringList ScriptStage::messages(const QString &fragment)
 {
     const QStringList lines = m_log.lines();
-    journal += lines.mid(m_logged).filter(fragment);
-    m_logged = lines.size();
+    return lines.mid(std::exchange(m_logged, lines.size())).filter(fragment);
 }
 
 void ScriptStage::show(const char *name, QObject *object)
