@@ -85,34 +85,27 @@ void printPaths()
 {
     qputenv("QML_LOCAL_PATH", argument("pair", "").toLatin1());
     const QString f = argument("name", "f") + QChar(0);
-    QString paths = QStringList{AppConfig::tmpPath(f),
-                                AppConfig::confPath(f),
-                                AppConfig::sharePath(f),
-                                AppConfig::factoryDataPath(f),
-                                AppConfig::persistentStoragePath(f),
-                                AppConfig::binPath(f),
-                                AppConfig::dravikPath(f),
-                                AppConfig::varPath(f),
-                                AppConfig::varEtcPath(f),
-                                AppConfig::varLogPath(f),
-                                AppConfig::soundsPath(f),
-                                AppConfig::pluginsPath(f),
-                                AppConfig::qmlLocalPath(f),
-                                AppConfig::sysInfoPath(),
-                                AppConfig::ioMapIniPath(),
-                                AppConfig::guidelinesIniPath(),
-                                AppConfig::paramterIniPath(),
-                                AppConfig::paramterIniPathTHA(),
-                                AppConfig::settingIniPath(false)}
-                        .join(QLatin1Char('\n'));
+    QStringList paths;
+    for (const auto path :
+         {AppConfig::tmpPath, AppConfig::confPath, AppConfig::sharePath, AppConfig::factoryDataPath,
+          AppConfig::persistentStoragePath, AppConfig::binPath, AppConfig::dravikPath, AppConfig::varPath,
+          AppConfig::varEtcPath, AppConfig::varLogPath, AppConfig::soundsPath, AppConfig::pluginsPath,
+          AppConfig::qmlLocalPath})
+        paths << path(f);
+    for (const auto path : {AppConfig::sysInfoPath, AppConfig::ioMapIniPath, AppConfig::guidelinesIniPath,
+                            AppConfig::paramterIniPath, AppConfig::paramterIniPathTHA})
+        paths << path();
+    paths << AppConfig::settingIniPath(false);
     const QString here = QDir::currentPath();
     QDir().rmdir(AppConfig::varLogPath(QString()));
     QDir::setCurrent(QDir::tempPath());
     AppConfig::varLogPath(QString()); // makes the directory again where it was
     QDir::setCurrent(here);
-    paths.replace(here, QStringLiteral("HERE")).replace(QChar(0), QLatin1Char('0'));
-    print({paths.replace(QDir::tempPath(), QStringLiteral("TMP")), directoriesIn("."),
-           directoriesIn("appdata/Brantel Medical"), directoriesIn("appdata/Brantel Medical/Olvex/var")});
+    paths.replaceInStrings(here, QStringLiteral("HERE"));
+    paths.replaceInStrings(QString(QChar(0)), QStringLiteral("0"));
+    print(paths.replaceInStrings(QDir::tempPath(), QStringLiteral("TMP")));
+    print({directoriesIn("."), directoriesIn("appdata/Brantel Medical"),
+           directoriesIn("appdata/Brantel Medical/Olvex/var")});
 }
 
 // The region, after the old settings have changed, and the files beside the settings.
