@@ -1,5 +1,5 @@
 // What AppConfig does and answers inside a process that starts it up again and again. What a process shows to
-// the outside is the matter of tst_AppConfigProcess.
+// the outside is the matter of tst_programs.
 
 #include <AppConfig.h>
 #include <HXCommonVersion.h>
