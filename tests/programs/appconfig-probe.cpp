@@ -15,6 +15,7 @@
 #include <QThread>
 #include <QTimer>
 
+#include <cstdlib>
 #include <map>
 #include <thread>
 
@@ -147,7 +148,7 @@ void raiseConsoleEvent()
     const auto raise = [] { GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0); };
     const int longer = 6000; // the handler returns meanwhile, and the process stays
 #else
-    const auto raise = [] { std::thread([] { qInfo("handled=%d", cleanWindowsExit(0)); }).detach(); };
+    const auto raise = [] { std::thread([] { std::_Exit(cleanWindowsExit(0)); }).detach(); };
     const int longer = 500; // the handler does not return as long as the process may live
 #endif
     qInfo("installed=%d", AppConfig::cleanExit());
