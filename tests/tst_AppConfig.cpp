@@ -1,7 +1,8 @@
 // What AppConfig does and answers inside a process that starts it up again and again. What a process shows to
-// the outside is the matter of tst_AppConfigProcess.
+// the outside is the matter of tst_programs.
 
 #include <AppConfig.h>
+#include <HXCommonVersion.h>
 #include <platform/Platform.h>
 
 #include "Cases.h"
@@ -11,13 +12,14 @@
 
 #include <algorithm>
 #include <csignal>
+#include <future>
 #include <thread>
 
 namespace {
 
 // The argument list behind QCoreApplication::arguments(), which reads it again on every call.
 int argumentCount = 1;
-char *argumentVector[70000] = {};
+char *argumentVector[16] = {};
 QVector<QByteArray> argumentTexts;
 
 void setCommandLine(const QByteArray &arguments)
@@ -46,18 +48,6 @@ bool startQuietly(const QByteArray &arguments = QByteArray())
     return start("--null --disablestamps --logoutput my.log " + arguments);
 }
 
-QByteArray readFile(const char *path)
-{
-    QFile file(text(path));
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no file");
-}
-
-bool writeFile(const char *path, const QByteArray &contents)
-{
-    QFile file(text(path));
-    return file.open(QIODevice::WriteOnly) && file.write(contents) == contents.size();
-}
-
 } // namespace
 
 class tst_AppConfig : public QObject {
@@ -73,6 +63,7 @@ private Q_SLOTS:
         std::thread([&other] { other = AppConfig::Instance(); }).join();
         QVERIFY(other == AppConfig::instance() && other->thread() == qApp->thread());
         QVERIFY(AppConfig::version().isEmpty() && !AppConfig::application() && AppConfig::elapsedTime() == 0);
+        QCOMPARE(AppConfig::systemVersion(), text(HXCOMMON_VERSION_STRING)); // is kept
         QCOMPARE(DebugInfoEnterExit::debugLevel, -1);
 
         // Two texts, because the library tells categories of one name apart by the address of the name.
@@ -90,6 +81,13 @@ private Q_SLOTS:
         QVERIFY(start("--null") && AppConfig::disableTimestamp); // is set only
         QVERIFY(AppConfig::elapsedTime() >= 0 && AppConfig::elapsedTimer.isValid());
         QVERIFY(!AppConfig::elapsedTimerLock.isLocked());
+        QCOMPARE(QStringList({AppConfig::systemVersion(), AppConfig::versionInfo(), AppConfig::buildStamp(),
+                              AppConfig::majorMiniorMicroVersion()}),
+                 QStringList({text(HXCOMMON_VERSION_STRING), text("test Ver. 1.2.3.4"),
+                              text("Sep 10 2021 12:00:10"), text("1.2.3")}));
+        QVERIFY(AppConfig::application() == qApp && AppConfig::isPrototype() && !AppConfig::runAsUser());
+        QCoreApplication::setApplicationVersion(text("beta"));
+        QCOMPARE(AppConfig::majorMiniorMicroVersion(), text("1.0.0"));
     }
 
     void opensSettings()
@@ -99,15 +97,17 @@ private Q_SLOTS:
         QCOMPARE(ioMap->iniCodec()->name(), QByteArray("UTF-8"));
         QVERIFY(ioMap != AppConfig::ioMapSettings());
 
-        const char contents[] = "a=1\na=2\nb=\n\nno=1=2\n c = 1 \r\nx/y=1\n#d=2\n[g]\nz=1\0zz=2\nu=\xfc";
-        QVERIFY(writeFile("my.conf", QByteArray(contents, sizeof contents - 1)));
+        QVERIFY(write(
+            text("my.conf"),
+            QByteArrayLiteral("a=1\na=2\nb=\n\nno=1=2\n c = 1 \r\nx/y=1\n#d=2\n[g]\nz=1\0zz=2\nu=\xfc")));
         QSettings conf(text("my.conf"), ioMap->format());
         conf.setValue(text("a %2"), text("%1"));
         conf.setValue(text("none"), QVariant());
         conf.sync();
+        QCOMPARE(conf.value(text(" c ")), QVariant(text(" 1 \r")));
         // In the local encoding, although it is read as Latin-1: other letters change on every rewrite.
-        QCOMPARE(readFile("my.conf"),
-                 text(" c = 1 \r\n#d=2\na=2\na %2=%1\nb=\nnone=\nu=ü\nx/y=1\nz=1\n").toLocal8Bit());
+        QCOMPARE(contents(text("my.conf")),
+                 text(" c = 1 \n#d=2\na=2\na %2=%1\nb=\nnone=\nu=ü\nx/y=1\nz=1\n").toLocal8Bit());
 
         QVERIFY(startQuietly("--varetcpath ."));
         const char *const key = "Group/answer";
@@ -129,7 +129,7 @@ private Q_SLOTS:
         QCOMPARE(AppConfig::logOutputFile.write("raw\n"), 4);
         qInfo("last");
         const QRegularExpression end(text("(\\S+) \\| I \\| [^|]*: first\nraw\n[^\n]*: last\n$"));
-        const QString time = end.match(text(readFile("my.log"))).captured(1);
+        const QString time = end.match(text(contents(text("my.log")))).captured(1);
         const QTime logged = QTime::fromString(time, text("h:mm:ss.zzz"));
         QVERIFY2(before <= logged && logged <= QTime::currentTime(), qPrintable(time));
     }
@@ -153,7 +153,7 @@ private Q_SLOTS:
         messages = 0;
         qCInfo(QLoggingCategory("new"), "forwarded");
         QCOMPARE(messages, 1);
-        QCOMPARE(readFile("my.log").count("forwarded"), 1);
+        QCOMPARE(contents(text("my.log")).count("forwarded"), 1);
     }
 
     void logsEveryLineOfManyThreads()
@@ -161,17 +161,16 @@ private Q_SLOTS:
         if (qEnvironmentVariableIsSet("WINEPREFIX"))
             QSKIP("Wine finds the end of a file and writes there in two steps; Windows does so in one");
         QVERIFY(startQuietly());
-        std::thread threads[8];
-        for (std::thread &thread : threads) {
-            thread = std::thread([number = int(&thread - threads)] {
-                for (int i = 0; i < 5000; ++i)
-                    qInfo("thread %d line %d end", number, i);
-            });
+        {
+            std::vector<std::future<void>> threads; // their ends are awaited
+            for (int thread = 0; thread < 8; ++thread)
+                threads.push_back(std::async(std::launch::async, [thread] {
+                    for (int i = 0; i < 5000; ++i)
+                        qInfo("thread %d line %d end", thread, i);
+                }));
         }
-        for (std::thread &thread : threads)
-            thread.join();
         const QRegularExpression whole(text("^ \\| I \\| [^|]*: thread [0-7] line \\d+ end$"));
-        QStringList lines = text(readFile("my.log")).split(QLatin1Char('\n')).filter(text("thread"));
+        QStringList lines = text(contents(text("my.log"))).split(QLatin1Char('\n')).filter(text("thread"));
         QCOMPARE(lines.removeDuplicates(), 0);
         QCOMPARE(lines.filter(whole).size(), 8 * 5000);
     }
@@ -194,7 +193,7 @@ private Q_SLOTS:
         });
         QCOMPARE(QCoreApplication::exec(), 7); // the last one wins
         platform::showFatalReport = original;
-        QVERIFY(looksLike(readFile("my.log"),
+        QVERIFY(looksLike(contents(text("my.log")),
                           "* | F | f: not shown\n | I | *: box Olvex Fatal error: not shown\n"
                           " | F | f: shown\n | I | *: box Olvex Fatal error: shown\n"
                           " | I | *: Application exit called with -1\n"

@@ -49,13 +49,6 @@ std::unique_ptr<ECGConfig> configWith(const char *json)
     return config;
 }
 
-QString answer(ECGConfig &config, int heartRate)
-{
-    const int ratio = config.getRatioForHeartRate(heartRate);
-    return QStringLiteral("%1>%2").arg(heartRate).arg(config.validateHeartRate(heartRate))
-        + (ratio == -1 ? QString() : QStringLiteral("(%1)").arg(ratio));
-}
-
 // The rhythm and its parameters, with the types of their values: 7 {"RhythmTypeName":"sinus",...}
 QByteArray lineOf(const ECGConfig &config)
 {
@@ -85,8 +78,12 @@ private Q_SLOTS:
         const auto config = configWith(c.name);
         const QStringList expected = QString::fromLatin1(c.answers).split(QLatin1Char(' '));
         QStringList answers;
-        for (const QString &text : expected)
-            answers << answer(*config, text.section(QLatin1Char('>'), 0, 0).toInt());
+        for (const QString &answer : expected) {
+            const int heartRate = answer.section(QLatin1Char('>'), 0, 0).toInt();
+            const int ratio = config->getRatioForHeartRate(heartRate);
+            answers << text("%1>%2").arg(heartRate).arg(config->validateHeartRate(heartRate))
+                    + (ratio == -1 ? QString() : text("(%1)").arg(ratio));
+        }
         QCOMPARE(answers, expected);
     }
 
@@ -98,15 +95,12 @@ private Q_SLOTS:
                 "RatioHR": [50, 60], "ExtraSystoles": [3, 4], "MaxBPSys": 300, "MaxBPDia": 200})");
         config->setRhythm(166);
         QJSEngine engine;
-        engine.globalObject().setProperty(QStringLiteral("c"), engine.newQObject(config.release()));
-        engine.globalObject().setProperty(QStringLiteral("empty"), engine.newQObject(new ECGConfig));
-        engine.evaluate(QStringLiteral(
-            "all = o => ['rhythm', 'rhythmTypeName', 'rate_type', 'heartrate_min', 'heartrate_max', "
-            "'heartrate_default', 'heartrate_fixed', 'systolic_max', 'diastolic_max', 'getRhythmTypeName', "
-            "'getRateType', 'getDefaultHeartRate', 'getHeartRateMin', 'getHeartRateMax', "
-            "'getFixedHeartRate', 'getSystolicBloodPressureMax', 'getDiastolicBloodPressureMax', "
-            "'canHaveExtrasystoles'].map(name => typeof o[name] === 'function' ? o[name]() : o[name]);"
-            "allowed = (o, ...types) => types.map(type => o.isExtraSystoleAllowed(type))"));
+        engine.globalObject().setProperty(text("c"), engine.newQObject(config.release()));
+        engine.globalObject().setProperty(text("empty"), engine.newQObject(new ECGConfig));
+        engine.evaluate(text("all = o => Object.keys(o).filter(name => "
+                             "/^(rh|rate|heart|sys|dia|can|get(?!Param|Ratio))/.test(name))"
+                             ".map(name => typeof o[name] === 'function' ? o[name]() : o[name]);"
+                             "allowed = (o, ...types) => types.map(type => o.isExtraSystoleAllowed(type))"));
         const QPair<const char *, const char *> scripts[] = {
             {"all(c)", "166,block,3,50,65,60,70,300,200,block,3,60,50,65,70,300,200,true"},
             {"all(empty)", "0,,-1,-1,-1,-1,-1,-1,-1,,-1,-1,-1,-1,-1,-1,-1,false"},
@@ -134,7 +128,7 @@ private Q_SLOTS:
 
         QObject parent;
         ECGConfig copy(*config, &parent);
-        copy.append(QStringLiteral("Rates"), QVariant::fromValue(QList<int>{75, 100})); // no QVariantList
+        copy.append(text("Rates"), QVariant::fromValue(QList<int>{75, 100})); // no QVariantList
         QVERIFY(copy.parent() == &parent && copy.getRhythm() == -5);
         QCOMPARE(copy.validateHeartRate(90), 100);
         QCOMPARE(config->validateHeartRate(90), 50);
@@ -167,18 +161,15 @@ private Q_SLOTS:
         list("child", ECGLibrary::m_ChildECGLibrary);
         list("infant", ECGLibrary::m_InfantECGLibrary);
         list("baby", ECGLibrary::m_BabyECGLibrary);
-        QFile table(QFINDTESTDATA("data/rhythms.txt"));
-        QVERIFY(table.open(QIODevice::ReadOnly));
-        QCOMPARE(lines, table.readAll().trimmed().split('\n'));
+        QCOMPARE(lines, contents(QFINDTESTDATA("data/rhythms.txt")).trimmed().split('\n'));
     }
 
     // A process that runs the test above. The pointers are left dangling.
     void deletesTheLibrariesAtExit()
     {
         qputenv("QT_FORCE_STDERR_LOGGING", "1"); // Windows: the process has no console
-        const ChildResult result =
-            runChild(QCoreApplication::applicationFilePath(), {QStringLiteral("holdsTheRhythmsOfAllAges")},
-                     QDir::currentPath());
+        const ChildResult result = runChild(QCoreApplication::applicationFilePath(),
+                                            {text("holdsTheRhythmsOfAllAges")}, QDir::currentPath());
         QVERIFY(!result.crashed && result.exitCode == 0);
         QCOMPARE(
             result.err.simplified(),
@@ -196,16 +187,15 @@ private Q_SLOTS:
         const QScopedValueRollback<ECGLibrary *> rollback(ECGLibrary::m_DefaultECGLibrary, &adults);
         {
             QJSEngine engine;
-            engine.globalObject().setProperty(QStringLiteral("libraries"), engine.newQObject(libraries));
-            engine.globalObject().setProperty(QStringLiteral("library"), engine.newQObject(library));
-            const auto answers = engine.evaluate(QStringLiteral(
+            engine.globalObject().setProperty(text("libraries"), engine.newQObject(libraries));
+            engine.globalObject().setProperty(text("library"), engine.newQObject(library));
+            const auto answers = engine.evaluate(text(
                 "minimum = config => config && config.heartrate_min;"
                 "all = age => [0, 95, 132].map(id => minimum(libraries.getECGConfig(age, id))).join();"
                 "[library.getECGConfig(181).rhythmTypeName,"
                 " ...['adult', '', 'Child', 'BABY', 'infant ', 'child', 'infant', 'baby'].map(all)].join(' "
                 "')"));
-            QCOMPARE(answers.toString(),
-                     QStringLiteral("svt -1,, -1,, -1,, -1,, -1,, ,140,10 ,90,14 ,90,10"));
+            QCOMPARE(answers.toString(), text("svt -1,, -1,, -1,, -1,, -1,, ,140,10 ,90,14 ,90,10"));
         } // collects all that the engine owns
         QVERIFY(libraries && library && pacemaker && svt);
     }

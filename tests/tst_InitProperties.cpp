@@ -136,7 +136,7 @@ private Q_SLOTS:
         Values values;
         InitProperties::read(&values, m_path, group);
         QCOMPARE(values.m_number, expected.number);
-        QCOMPARE(capture.texts().size(), expected.warnings);
+        QCOMPARE(capture.lines().size(), expected.warnings);
     }
 
     void keepsTexts()

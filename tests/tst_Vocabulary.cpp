@@ -8,8 +8,9 @@
 #include <PausingTimer.h>
 #include <Product.h>
 
+#include "Cases.h"
+
 #include <QMetaEnum>
-#include <QtTest>
 
 namespace {
 
@@ -29,17 +30,14 @@ QStringList membersOf(const QMetaObject &type)
     }
     for (int i = type.methodOffset(); i < type.methodCount(); ++i) {
         const QMetaMethod method = type.method(i);
-        members << QStringLiteral("%1 %2 %3")
-                       .arg(Text(method.typeName()), Text(method.methodSignature()),
-                            Text(method.parameterNames().join(' ')));
+        members << Text(method.typeName()) + text(" %1 ").arg(Text(method.methodSignature()))
+                + Text(method.parameterNames().join(' '));
     }
     for (int i = type.propertyOffset(); i < type.propertyCount(); ++i) {
         const QMetaProperty property = type.property(i);
-        members << QStringLiteral("%1 %2 %3 %4 %5")
-                       .arg(Text(property.typeName()), Text(property.name()),
-                            Text(property.isConstant() ? "constant" : ""),
-                            Text(property.isWritable() ? "writable" : ""),
-                            Text(property.notifySignal().name()));
+        members << text(property.typeName()) + text(" %1 ").arg(Text(property.name()))
+                + Text(property.isConstant() ? "constant " : "")
+                + Text(property.isWritable() ? "writable " : "") + Text(property.notifySignal().name());
     }
     return members;
 }
@@ -73,11 +71,9 @@ private Q_SLOTS:
                 lines << QStringLiteral("manikin %1: product %2, %3")
                              .arg(QString::number(manikin), QString::number(product), name);
         }
-        QFile file(QFINDTESTDATA("data/vocabulary.txt"));
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        const QString text = QString::fromLatin1(file.readAll().trimmed());
+        const QString agreed = text(contents(QFINDTESTDATA("data/vocabulary.txt")).trimmed());
         QCOMPARE(lines,
-                 text.arg(HXCOMMON_BRANTEL_BLE_ID).arg(HXCOMMON_BRANTEL_USB_ID).split(QLatin1Char('\n')));
+                 agreed.arg(HXCOMMON_BRANTEL_BLE_ID).arg(HXCOMMON_BRANTEL_USB_ID).split(QLatin1Char('\n')));
     }
 };
 

@@ -6,7 +6,6 @@
 #include <AppConfigProcess.h>
 #include <FileSync.h>
 #include <OXUrls.h>
-#include <OXVersion.h>
 #include <Product.h>
 #include <platform/Platform.h>
 
@@ -16,6 +15,7 @@
 #include <QThread>
 #include <QTimer>
 
+#include <cstdlib>
 #include <map>
 #include <thread>
 
@@ -86,47 +86,27 @@ void printPaths()
 {
     qputenv("QML_LOCAL_PATH", argument("pair", "").toLatin1());
     const QString f = argument("name", "f") + QChar(0);
-    QString paths = QStringList{AppConfig::tmpPath(f),
-                                AppConfig::confPath(f),
-                                AppConfig::sharePath(f),
-                                AppConfig::factoryDataPath(f),
-                                AppConfig::persistentStoragePath(f),
-                                AppConfig::binPath(f),
-                                AppConfig::dravikPath(f),
-                                AppConfig::varPath(f),
-                                AppConfig::varEtcPath(f),
-                                AppConfig::varLogPath(f),
-                                AppConfig::soundsPath(f),
-                                AppConfig::pluginsPath(f),
-                                AppConfig::qmlLocalPath(f),
-                                AppConfig::sysInfoPath(),
-                                AppConfig::ioMapIniPath(),
-                                AppConfig::guidelinesIniPath(),
-                                AppConfig::paramterIniPath(),
-                                AppConfig::paramterIniPathTHA(),
-                                AppConfig::settingIniPath(false)}
-                        .join(QLatin1Char('\n'));
+    QStringList paths;
+    for (const auto path :
+         {AppConfig::tmpPath, AppConfig::confPath, AppConfig::sharePath, AppConfig::factoryDataPath,
+          AppConfig::persistentStoragePath, AppConfig::binPath, AppConfig::dravikPath, AppConfig::varPath,
+          AppConfig::varEtcPath, AppConfig::varLogPath, AppConfig::soundsPath, AppConfig::pluginsPath,
+          AppConfig::qmlLocalPath})
+        paths << path(f);
+    for (const auto path : {AppConfig::sysInfoPath, AppConfig::ioMapIniPath, AppConfig::guidelinesIniPath,
+                            AppConfig::paramterIniPath, AppConfig::paramterIniPathTHA})
+        paths << path();
+    paths << AppConfig::settingIniPath(false);
     const QString here = QDir::currentPath();
     QDir().rmdir(AppConfig::varLogPath(QString()));
     QDir::setCurrent(QDir::tempPath());
     AppConfig::varLogPath(QString()); // makes the directory again where it was
     QDir::setCurrent(here);
-    paths.replace(here, QStringLiteral("HERE")).replace(QChar(0), QLatin1Char('0'));
-    print({paths.replace(QDir::tempPath(), QStringLiteral("TMP")), directoriesIn("."),
-           directoriesIn("appdata/Brantel Medical"), directoriesIn("appdata/Brantel Medical/Olvex/var")});
-}
-
-// --name: what the application object says.
-void printVersions()
-{
-    QCoreApplication::setApplicationVersion(argument("name", "1.2.3.4"));
-    print({AppConfig::majorMiniorMicroVersion(), AppConfig::versionInfo(), AppConfig::buildStamp(),
-           AppConfig::systemVersion()});
-    QFile::remove(QStringLiteral("version.txt"));
-    const QVariant version = QVariant::fromValue(OXVersion(QStringLiteral("1.2.3")));
-    print({AppConfig::systemVersion(), version.toString()});
-    std::printf("%d %d %d %d %d\n", version.toBool(), QVariant::fromValue(OXVersion()).toBool(),
-                AppConfig::isPrototype(), AppConfig::runAsUser(), AppConfig::application() == qApp);
+    paths.replaceInStrings(here, QStringLiteral("HERE"));
+    paths.replaceInStrings(QString(QChar(0)), QStringLiteral("0"));
+    print(paths.replaceInStrings(QDir::tempPath(), QStringLiteral("TMP")));
+    print({directoriesIn("."), directoriesIn("appdata/Brantel Medical"),
+           directoriesIn("appdata/Brantel Medical/Olvex/var")});
 }
 
 // The region, after the old settings have changed, and the files beside the settings.
@@ -166,13 +146,15 @@ void raiseConsoleEvent()
     FreeConsole();
     AllocConsole();
     const auto raise = [] { GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0); };
+    const int longer = 6000; // the handler returns meanwhile, and the process stays
 #else
-    const auto raise = [] { std::thread([] { qInfo("handled=%d", cleanWindowsExit(0)); }).detach(); };
+    const auto raise = [] { std::thread([] { std::_Exit(cleanWindowsExit(0)); }).detach(); };
+    const int longer = 500; // the handler does not return as long as the process may live
 #endif
     qInfo("installed=%d", AppConfig::cleanExit());
     QTimer::singleShot(0, raise);
     qInfo("loop left with %d", QCoreApplication::exec());
-    QThread::sleep(6); // the handler returns meanwhile
+    QThread::msleep(longer);
     qInfo("alive");
 }
 
@@ -209,7 +191,6 @@ const std::map<QByteArray, void (*)()> actions = {
     {"look-up", lookOptionUp},
     {"flags", printFlags},
     {"paths", printPaths},
-    {"versions", printVersions},
     {"settings", printSettings},
     {"log", logAll},
     {"warn", [] { qWarning("a warning"); }},
@@ -235,8 +216,6 @@ int main(int argc, char **argv)
     config.addArgument("--many", -1, nullptr);
     config.addArgument("--tmppath", 0, "Loses against the built-in option");
     config.showBuiltinHelp = !AppConfig::argumentExits(QStringLiteral("plain"));
-    if (AppConfig::argumentExits(QStringLiteral("early-version")))
-        print({AppConfig::systemVersion()});
     if (!config.initialize(QStringLiteral("probe"), QStringLiteral("1.2.3.4")))
         actions.at(argument("do", "").toLatin1())();
     return 0;

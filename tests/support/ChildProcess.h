@@ -21,7 +21,8 @@ struct ChildCircumstances {
 };
 
 /// Starts a program in @p directory with the environment of this process and APPDATA set to "appdata" in
-/// there.
+/// there. Ends this process if the system has none left: Qt then goes on with the id -1, and to signal that,
+/// as the destructor of QProcess does, ends every process of the user.
 inline void startChild(QProcess &process, const QString &program, const QStringList &arguments,
                        const QString &directory, const QStringList &variables = {})
 {
@@ -36,6 +37,8 @@ inline void startChild(QProcess &process, const QString &program, const QStringL
     process.setProcessEnvironment(environment);
     process.setWorkingDirectory(directory);
     process.start(program, arguments);
+    if (process.state() != QProcess::NotRunning && process.processId() <= 0)
+        qFatal("The system has no process left for %s", qPrintable(program));
 }
 
 /// Waits for the end; a child that hangs is killed after a minute and counts as crashed.

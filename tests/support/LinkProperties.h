@@ -92,7 +92,7 @@ template <typename NextSize> std::vector<Event> received(const Bytes &stream, Ne
 
 // Each takes a number that varies what it does, and any bytes.
 
-/// Bytes are encoded and decoded, behind @p before + 1 others in the output.
+/// Bytes are encoded and decoded, behind @p before + 1 others in the output, or behind themselves.
 inline bool isCoded(unsigned char before, const Bytes &bytes)
 {
     const auto appended = [before](auto codec, const Bytes &in) {
@@ -100,13 +100,20 @@ inline bool isCoded(unsigned char before, const Bytes &bytes)
         codec(in, out);
         return Bytes(out.begin() + before + 1, out.end());
     };
+    const auto doubled = [&bytes](auto codec) {
+        Bytes both = bytes;
+        codec(both, both);
+        return Bytes(both.begin() + std::ptrdiff_t(bytes.size()), both.end());
+    };
     const Bytes stuffed = appended(LogicalLinkControl::cobs_encode, bytes);
     // Whatever follows, an encoding stands for the bytes and a zero: its last block is never a full one.
     return bytes.size() < 2
         || (std::count(stuffed.begin(), stuffed.end(), 0) == 0
             && decoded(stuffed + Bytes{1}) == bytes + Bytes{0}
             && appended(LogicalLinkControl::cobs_decode, stuffed) == bytes
-            && appended(LogicalLinkControl::cobs_decode, bytes) == decoded(bytes));
+            && appended(LogicalLinkControl::cobs_decode, bytes) == decoded(bytes)
+            && doubled(LogicalLinkControl::cobs_encode) == stuffed
+            && doubled(LogicalLinkControl::cobs_decode) == decoded(bytes));
 }
 
 /// A stream is received as a whole, in equal chunks, and in random ones.

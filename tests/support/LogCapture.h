@@ -21,27 +21,22 @@ public:
     LogCapture(const LogCapture &) = delete;
     LogCapture &operator=(const LogCapture &) = delete;
 
-    /// The texts of all messages so far, in order.
-    QStringList texts() const { return copy(m_texts); }
-
-    /// All messages so far as "category.level: text", with the levels debug, info, warning, critical.
-    QStringList lines() const { return copy(m_lines); }
-
-    /// Whether the text of some message contains @p fragment.
-    bool contains(const QString &fragment) const { return !texts().filter(fragment).isEmpty(); }
-
-private:
-    QStringList copy(const QStringList &messages) const
+    /// All messages so far, in order, as "category.level: text", with the levels debug, info, warning,
+    /// critical.
+    QStringList lines() const
     {
         const std::lock_guard<std::mutex> guard(m_mutex);
-        return messages;
+        return m_lines;
     }
 
+    /// Whether some message contains @p fragment.
+    bool contains(const QString &fragment) const { return !lines().filter(fragment).isEmpty(); }
+
+private:
     static void handle(QtMsgType type, const QMessageLogContext &context, const QString &text)
     {
         static const char *const levels[] = {"debug", "warning", "critical", "fatal", "info"};
         const std::lock_guard<std::mutex> guard(s_current->m_mutex);
-        s_current->m_texts << text;
         s_current->m_lines << QStringLiteral("%1.%2: %3")
                                   .arg(QLatin1String(context.category), QLatin1String(levels[type]), text);
     }
@@ -49,7 +44,6 @@ private:
     static inline LogCapture *s_current = nullptr;
     QtMessageHandler m_previous;
     mutable std::mutex m_mutex;
-    QStringList m_texts;
     QStringList m_lines;
 };
 
