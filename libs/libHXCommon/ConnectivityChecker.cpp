@@ -182,8 +182,11 @@ void ConnectivityChecker::checkFinished()
     if (!self)
         return;
     m_lastCheckSucceeded = succeeded;
-    if (m_pendingReply == reply)
+    if (reply && m_pendingReply == reply) {
+        reply->disconnect(this); // it may still run
+        reply->deleteLater();
         m_pendingReply.clear();
+    }
 }
 
 void ConnectivityChecker::setStatus(ConnectivityStatus status)
