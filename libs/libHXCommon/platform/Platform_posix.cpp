@@ -241,7 +241,8 @@ void unlockFile(int lock)
 
 void removeOrphanedSemaphore(const char *keyFile)
 {
-    const int semaphore = ::semget(::ftok(keyFile, 'Q'), 1, 0);
+    const key_t key = ::ftok(keyFile, 'Q'); // -1 without the file: a key like any other
+    const int semaphore = key == -1 ? -1 : ::semget(key, 1, 0);
     if (::semctl(semaphore, 0, GETVAL) == 0 && ::semctl(semaphore, 0, GETPID) == 0)
         ::semctl(semaphore, 0, IPC_RMID);
 }
