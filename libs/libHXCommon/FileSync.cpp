@@ -32,7 +32,7 @@ bool looksLikeOption(const QString &word)
 // The target is never opened: QFile copies to a temporary file beside it and renames that.
 bool replaceByCopy(const QString &source, const QString &target)
 {
-    if (platform::isSameEntry(source, target))
+    if (QFileInfo::exists(source) && platform::isSameEntry(source, target))
         return false;
     // Deliberate: the old target goes first, also when the copy then fails.
     QFile::remove(target);
