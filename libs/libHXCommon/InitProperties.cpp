@@ -147,7 +147,6 @@ void InitProperties::write(const QObject *object, const QString &path, const QSt
         settings.beginGroup(group);
         for (const auto &[key, value] : values)
             settings.setValue(key, value);
-        settings.endGroup();
     });
 }
 
@@ -195,11 +194,10 @@ void InitProperties::writeSettingsLine(const QString &path, const QString &key, 
 
 void InitProperties::removeGroup(const QString &path, const QString &group)
 {
-    changeFile(path, [&](QSettings &settings) {
-        settings.beginGroup(group);
-        settings.remove(QString());
-        settings.endGroup();
-    });
+    IniFile settings(path);
+    settings.beginGroup(group);
+    if (!settings.allKeys().isEmpty())
+        changeFile(path, [&](QSettings &file) { file.remove(group); });
 }
 
 void InitProperties::clearAll(const QString &path)
