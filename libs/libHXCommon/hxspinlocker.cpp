@@ -42,14 +42,9 @@ const char *orEmpty(const char *text)
 
 template <std::size_t Size> QByteArray read(const std::atomic<char> (&name)[Size])
 {
-    QByteArray copy;
-    for (const std::atomic<char> &c : name) {
-        const char value = c.load(std::memory_order_relaxed);
-        if (value == '\0')
-            break;
-        copy.append(value);
-    }
-    return copy;
+    char copy[Size];
+    std::copy(name, name + Size, copy);
+    return copy; // the last byte is never written but with zero
 }
 
 // What is too long is cut in front of a letter.
