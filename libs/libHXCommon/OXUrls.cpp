@@ -21,9 +21,8 @@ QJsonDocument parse(const QByteArray &json, QJsonParseError *error)
 } // namespace
 
 [[gnu::init_priority(101)]] const QString OXUrls::DefaultEnvironment = QStringLiteral("production");
-[[gnu::init_priority(101)]] const QString OXUrls::DefaultRegion = QStringLiteral("us");
 
-OXUrls::OXUrls() : m_environment(DefaultEnvironment), m_region(DefaultRegion)
+OXUrls::OXUrls() : m_environment(DefaultEnvironment), m_region(QStringLiteral("us"))
 {
     qRegisterMetaType<QUrlQuery>("QUrlQuery");
 }

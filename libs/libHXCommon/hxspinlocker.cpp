@@ -72,14 +72,12 @@ void HXAtomicLock::lock(const char *function, const char *info)
     if (Q_UNLIKELY(referenceCategory().isInfoEnabled()))
         traceReference("ref", m_count.fetch_add(0), function, info);
 
-    bool waited = false;
-    if (!tryOwn(current) && !isHeldBy(current)) {
+    const bool waits = !tryOwn(current) && !isHeldBy(current);
+    if (waits)
         waitFor(current, function, info);
-        waited = true;
-    }
     m_count.fetch_add(1);
     if (Q_UNLIKELY(lockCategory().isInfoEnabled()))
-        traceLocked(function, info, waited);
+        traceLocked(function, info, waits);
 }
 
 void HXAtomicLock::unlock(const char *function, const char *info)
