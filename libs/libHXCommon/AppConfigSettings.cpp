@@ -1,6 +1,6 @@
 #include "AppConfig.h"
 
-#include "AppConfigLogging.h"
+#include "AppConfig_p.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
