@@ -1,6 +1,6 @@
 #include "AppConfig.h"
 
-#include "AppConfigLogging.h"
+#include "AppConfig_p.h"
 #include "HXCommonVersion.h"
 #include "NetworkManager.h"
 #include "OXUrls.h"
@@ -44,12 +44,9 @@ AppConfig::AppConfig()
 AppConfig::~AppConfig()
 {
     qCDebug(appConfigCategory) << "Begin";
-    qDeleteAll(m_arguments);
     removeLogHandler();
     forgetLoggingCategories();
-    if (logOutputFile.isOpen())
-        logOutputFile.close();
-    m_settings.reset();
+    logOutputFile.close();
     qCDebug(appConfigCategory) << "End";
 }
 
@@ -102,15 +99,11 @@ QString AppConfig::versionInfo()
 QString AppConfig::systemVersion()
 {
     static QString kept;
-    if (!kept.isEmpty())
-        return kept;
-
     QFile file(QStringLiteral("version.txt"));
-    if (file.exists() && file.open(QIODevice::ReadOnly | QIODevice::Text)) {
+    if (kept.isEmpty() && file.open(QIODevice::ReadOnly | QIODevice::Text))
         QTextStream(&file) >> kept;
-        return kept;
-    }
-    kept = version().isEmpty() ? QString(libraryVersion) : version();
+    else if (kept.isEmpty())
+        kept = version().isEmpty() ? QString(libraryVersion) : version();
     return kept;
 }
 

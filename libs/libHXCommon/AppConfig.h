@@ -436,7 +436,7 @@ private:
     static QString filePath(const QDir &directory, const QString &file);
     static QString createdFilePath(const QDir &directory, const QString &file);
 
-    QList<cmdArg_t *> m_arguments;
+    QList<cmdArg_t> m_arguments;
     Directory m_tmp;
     Directory m_log;
     Directory m_conf;

@@ -1,6 +1,6 @@
 #include "AppConfig.h"
 
-#include "AppConfigLogging.h"
+#include "AppConfig_p.h"
 #include "platform/Platform.h"
 
 #include <QCoreApplication>
@@ -55,7 +55,7 @@ void printOption(const AppConfig::cmdArg_t &argument)
 
 void AppConfig::addArgument(const char *name, qint32 valueCount, const char *help)
 {
-    m_arguments.append(new cmdArg_t{name, valueCount, help});
+    m_arguments.append({name, valueCount, help});
 }
 
 AppConfig::cmdArgInfo_t AppConfig::getArgInfo(QString name) const
@@ -73,15 +73,13 @@ AppConfig::cmdArgInfo_t AppConfig::findArgument(QString name, const QStringList 
 
     const QByteArray localName = name.toLocal8Bit();
     const auto isNamed = [&localName](const cmdArg_t &argument) { return localName == argument.name; };
-    const auto builtIn = std::find_if(cmdArgs.cbegin(), cmdArgs.cend(), isNamed);
-    if (builtIn != cmdArgs.cend()) {
-        getArgValueCnt(*builtIn, info);
-        return info;
+    for (const QList<cmdArg_t> &list : {cmdArgs, m_arguments}) {
+        const auto found = std::find_if(list.cbegin(), list.cend(), isNamed);
+        if (found == list.cend())
+            continue;
+        getArgValueCnt(*found, info);
+        break;
     }
-    const auto own = std::find_if(m_arguments.cbegin(), m_arguments.cend(),
-                                  [&isNamed](const cmdArg_t *argument) { return isNamed(*argument); });
-    if (own != m_arguments.cend())
-        getArgValueCnt(**own, info);
     return info;
 }
 
@@ -162,8 +160,7 @@ bool AppConfig::parseApplicationArgs()
 
 void AppConfig::openLogFile()
 {
-    if (logOutputFile.isOpen())
-        logOutputFile.close();
+    logOutputFile.close();
     logOutputFile.setFileName(argumentValue(QStringLiteral("--logoutput"), QString()));
     if (logOutputFile.fileName().isEmpty())
         return;
@@ -209,8 +206,7 @@ void AppConfig::printHelp() const
     std::printf("\nCommandline options:\n\n");
     if (showBuiltinHelp)
         std::for_each(cmdArgs.cbegin(), cmdArgs.cend(), printOption);
-    for (const cmdArg_t *argument : m_arguments)
-        printOption(*argument);
+    std::for_each(m_arguments.cbegin(), m_arguments.cend(), printOption);
     std::printf("\n");
 }
 

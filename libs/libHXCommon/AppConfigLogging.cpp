@@ -1,6 +1,6 @@
-#include "AppConfigLogging.h"
-
 #include "AppConfig.h"
+
+#include "AppConfig_p.h"
 #include "platform/Platform.h"
 
 #include <QVarLengthArray>
@@ -42,7 +42,6 @@ QLoggingCategory::CategoryFilter previousFilter = nullptr;
 // are next.
 QtMessageHandler firstHandler = nullptr;
 QLoggingCategory::CategoryFilter firstFilter = nullptr;
-bool isHandlerInstalledAgain = false;
 
 // ---- log file lines
 
@@ -53,9 +52,10 @@ void append(Line &line, const char *text)
     line.append(text, int(std::strlen(text)));
 }
 
-void appendTwoDigits(Line &line, int number)
+void appendNumber(Line &line, int number, int digits)
 {
-    line.append(char('0' + number / 10));
+    if (digits > 1)
+        appendNumber(line, number / 10, digits - 1);
     line.append(char('0' + number % 10));
 }
 
@@ -64,42 +64,24 @@ void appendTwoDigits(Line &line, int number)
 void appendTime(Line &line)
 {
     const platform::TimeOfDay now = platform::localTimeOfDay();
-    if (now.hour < 10)
-        line.append(char('0' + now.hour));
-    else
-        appendTwoDigits(line, now.hour);
+    appendNumber(line, now.hour, now.hour < 10 ? 1 : 2);
     line.append(':');
-    appendTwoDigits(line, now.minute);
+    appendNumber(line, now.minute, 2);
     line.append(':');
-    appendTwoDigits(line, now.second);
+    appendNumber(line, now.second, 2);
     line.append('.');
-    line.append(char('0' + now.millisecond / 100));
-    appendTwoDigits(line, now.millisecond % 100);
+    appendNumber(line, now.millisecond, 3);
 }
 
-const char *levelTag(QtMsgType type)
-{
-    switch (type) {
-    case QtDebugMsg:
-        return " | D | ";
-    case QtWarningMsg:
-        return " | W | ";
-    case QtCriticalMsg:
-        return " | C | ";
-    case QtFatalMsg:
-        return " | F | ";
-    case QtInfoMsg:
-        return " | I | ";
-    }
-    return " | U | ";
-}
+// In the order of QtMsgType; the last for what is none of them.
+constexpr const char *levelTags[] = {" | D | ", " | W | ", " | C | ", " | F | ", " | I | ", " | U | "};
 
 Line logLine(QtMsgType type, const QMessageLogContext &context, const QString &text)
 {
     Line line;
     if (!AppConfig::disableTimestamp)
         appendTime(line);
-    append(line, levelTag(type));
+    append(line, levelTags[std::min(unsigned(type), 5U)]);
     // Deliberate: without a function name neither text nor line end are written.
     if (context.function) {
         append(line, context.function);
@@ -111,16 +93,10 @@ Line logLine(QtMsgType type, const QMessageLogContext &context, const QString &t
     return line;
 }
 
-void reportFatal(const QString &text)
-{
-    if (platform::showFatalReport("Olvex Fatal error", text.toLocal8Bit().constData()) != 0)
-        AppConfig::exit(-1); // a request only: Qt aborts when the handler of a fatal message returns
-}
-
 void handleMessage(QtMsgType type, const QMessageLogContext &context, const QString &text)
 {
     static thread_local bool isForwarding = false;
-    if (isHandlerInstalledAgain && isForwarding) {
+    if (isForwarding) {
         firstHandler(type, context, text);
         return;
     }
@@ -129,14 +105,13 @@ void handleMessage(QtMsgType type, const QMessageLogContext &context, const QStr
         platform::append(AppConfig::logOutputFile.handle(), line.constData(), std::size_t(line.size()));
     }
     if (!AppConfig::nullOutput && AppConfig::oldMsgHandler) {
-        if (isHandlerInstalledAgain)
-            isForwarding = true;
+        isForwarding = AppConfig::oldMsgHandler != firstHandler;
         AppConfig::oldMsgHandler(type, context, text);
-        if (isHandlerInstalledAgain)
-            isForwarding = false;
+        isForwarding = false;
     }
-    if (type == QtFatalMsg)
-        reportFatal(text);
+    if (type == QtFatalMsg
+        && platform::showFatalReport("Olvex Fatal error", text.toLocal8Bit().constData()) != 0)
+        AppConfig::exit(-1); // a request only: Qt aborts when the handler of a fatal message returns
 }
 
 // ---- category filter
@@ -197,9 +172,7 @@ void installLogHandler()
     const QtMessageHandler previous = qInstallMessageHandler(&handleMessage);
     if (previous == &handleMessage)
         return;
-    if (firstHandler)
-        isHandlerInstalledAgain = true;
-    else
+    if (!firstHandler)
         firstHandler = previous;
     AppConfig::oldMsgHandler = previous;
 }
@@ -208,8 +181,7 @@ void removeLogHandler()
 {
     if (AppConfig::oldMsgHandler)
         qInstallMessageHandler(AppConfig::oldMsgHandler);
-    if (isHandlerInstalledAgain)
-        AppConfig::oldMsgHandler = firstHandler; // the one installed now may still hand on to ours
+    AppConfig::oldMsgHandler = firstHandler; // the one installed now may still hand on to ours
 }
 
 QLoggingCategory *AppConfig::loggingCategoriesFromIndex(qint32 index)

@@ -2,14 +2,6 @@
 
 namespace {
 
-// Where the default of a directory starts.
-enum class Base {
-    None, // there is no default
-    System, // the system's temporary directory
-    WorkingDirectory,
-    User // the per-user base directory
-};
-
 QString userBase()
 {
     return QString::fromUtf8(qgetenv("APPDATA")) + QLatin1String("/Brantel Medical/Olvex/");
@@ -20,43 +12,28 @@ QString userBase()
 struct AppConfig::DirectoryRow {
     Directory AppConfig::*directory;
     const char *option;
-    Base base;
-    const char *path;
-
-    QString defaultPath() const
-    {
-        switch (base) {
-        case Base::System:
-            return QDir::tempPath();
-        case Base::WorkingDirectory:
-            return QString::fromLatin1(path);
-        case Base::User:
-            return userBase() + QLatin1String(path);
-        case Base::None:
-            break;
-        }
-        return QString();
-    }
+    QString (*base)(); // where the default starts; null: the working directory
+    const char *path; // empty without a base: there is no default
 };
 
 // Deliberate: the factory data is read from "--datapath", which like "--logpath" is no built-in option, while
 // the built-in "--factorydatapath" is read by nobody; and the persistent storage keeps the path of a build
 // machine.
 const AppConfig::DirectoryRow AppConfig::directoryRows[] = {
-    {&AppConfig::m_tmp, "--tmppath", Base::System, ""},
-    {&AppConfig::m_log, "--logpath", Base::User, "./var/Logs"},
-    {&AppConfig::m_conf, "--confpath", Base::WorkingDirectory, "./data/etc"},
-    {&AppConfig::m_share, "--sharepath", Base::WorkingDirectory, "."},
-    {&AppConfig::m_factoryData, "--datapath", Base::WorkingDirectory, "./data"},
-    {&AppConfig::m_var, "--varpath", Base::User, "./var"},
-    {&AppConfig::m_varEtc, "--varetcpath", Base::User, "./var/etc"},
-    {&AppConfig::m_persistentStorage, "--persistentpath", Base::User,
+    {&AppConfig::m_tmp, "--tmppath", &QDir::tempPath, ""},
+    {&AppConfig::m_log, "--logpath", &userBase, "./var/Logs"},
+    {&AppConfig::m_conf, "--confpath", nullptr, "./data/etc"},
+    {&AppConfig::m_share, "--sharepath", nullptr, "."},
+    {&AppConfig::m_factoryData, "--datapath", nullptr, "./data"},
+    {&AppConfig::m_var, "--varpath", &userBase, "./var"},
+    {&AppConfig::m_varEtc, "--varetcpath", &userBase, "./var/etc"},
+    {&AppConfig::m_persistentStorage, "--persistentpath", &userBase,
      "c:/ccnet/builds/olvex-release/installer/data/persistent"},
-    {&AppConfig::m_varLog, "--varlogpath", Base::User, "./var/log"},
-    {&AppConfig::m_bin, "--binpath", Base::WorkingDirectory, "."},
-    {&AppConfig::m_dravik, "--dravikpath", Base::WorkingDirectory, "./var/dravik"},
-    {&AppConfig::m_plugins, "--pluginpath", Base::None, ""},
-    {&AppConfig::m_qml, "--qmlpath", Base::None, ""},
+    {&AppConfig::m_varLog, "--varlogpath", &userBase, "./var/log"},
+    {&AppConfig::m_bin, "--binpath", nullptr, "."},
+    {&AppConfig::m_dravik, "--dravikpath", nullptr, "./var/dravik"},
+    {&AppConfig::m_plugins, "--pluginpath", nullptr, ""},
+    {&AppConfig::m_qml, "--qmlpath", nullptr, ""},
 };
 
 void AppConfig::readDirectoryOptions()
@@ -71,7 +48,7 @@ void AppConfig::setupConfigPaths()
     for (const DirectoryRow &row : directoryRows) {
         Directory &directory = this->*row.directory;
         if (directory.path().isEmpty())
-            directory.setPath(row.defaultPath());
+            directory.setPath((row.base ? row.base() : QString()) + QLatin1String(row.path));
     }
 }
 

@@ -1,7 +1,6 @@
-#include "AppConfigProcess.h"
-
 #include "AppConfig.h"
-#include "AppConfigLogging.h"
+
+#include "AppConfig_p.h"
 #include "platform/Platform.h"
 
 #include <QCoreApplication>
@@ -17,39 +16,27 @@ int AppConfig::signalsFD[2] = {-1, -1};
 namespace {
 
 // Receives the signals on behalf of the application object, as long as that lives.
-class SignalWatch : public QObject {
-public:
-    explicit SignalWatch(QCoreApplication *application)
-        : QObject(application), m_notifier(AppConfig::signalsFD[0], QSocketNotifier::Read)
-    {
-        while (platform::readSignal(AppConfig::signalsFD[0]) != -1) { } // left over from an earlier one
-        connect(&m_notifier, &QSocketNotifier::activated, this, &SignalWatch::deliver);
-        // A loop that ran before exec() has swallowed the request.
-        connect(&m_repetition, &QTimer::timeout, application, [] { QCoreApplication::exit(0); });
-        connect(application, &QCoreApplication::aboutToQuit, &m_repetition, &QTimer::stop);
-    }
-    ~SignalWatch() override { platform::restoreTerminationHandlers(); }
-
-private:
-    void deliver()
-    {
-        for (int number = 0; (number = platform::readSignal(AppConfig::signalsFD[0])) != -1;)
-            AppConfig::instance()->signalReceived(number);
-        m_repetition.start(100);
-    }
-
-    QSocketNotifier m_notifier;
-    QTimer m_repetition;
-};
-
 bool watchSignals()
 {
-    static QPointer<QObject> watch;
+    static QPointer<QSocketNotifier> notifier;
     QCoreApplication *const application = QCoreApplication::instance();
     if (!application || !platform::openChannel(AppConfig::signalsFD))
         return false;
-    if (!watch)
-        watch = new SignalWatch(application);
+    if (notifier)
+        return true;
+
+    while (platform::readSignal(AppConfig::signalsFD[0]) != -1) { } // left over from an earlier one
+    notifier = new QSocketNotifier(AppConfig::signalsFD[0], QSocketNotifier::Read, application);
+    auto *const repetition = new QTimer(notifier);
+    QObject::connect(notifier, &QSocketNotifier::activated, repetition, [repetition] {
+        for (int number = 0; (number = platform::readSignal(AppConfig::signalsFD[0])) != -1;)
+            AppConfig::instance()->signalReceived(number);
+        repetition->start(100);
+    });
+    // A loop that ran before exec() has swallowed the request.
+    QObject::connect(repetition, &QTimer::timeout, application, [] { QCoreApplication::exit(0); });
+    QObject::connect(application, &QCoreApplication::aboutToQuit, repetition, &QTimer::stop);
+    QObject::connect(notifier, &QObject::destroyed, &platform::restoreTerminationHandlers);
     return true;
 }
 
@@ -76,7 +63,7 @@ void AppConfig::exit(qint32 code)
 bool AppConfig::cleanExit()
 {
     return (!platform::hasTerminationSignals || watchSignals())
-        && platform::installTerminationHandlers({&signalHandler, &cleanWindowsExit});
+        && platform::installTerminationHandlers(&signalHandler, &cleanWindowsExit);
 }
 
 void AppConfig::signalHandler(int signal, void *, void *)

@@ -1,26 +1,24 @@
 #include "AppConfig.h"
 
-#include "AppConfigLogging.h"
+#include "AppConfig_p.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QFileInfo>
-#include <QSaveFile>
 
 namespace {
 
-// Leaves the file as it is when that fails.
-void replaceByCopy(const QString &path, const QString &sourcePath)
+// Leaves the file as it is when the copy fails.
+void replaceByCopy(const QString &path, const QString &source)
 {
-    QFile source(sourcePath);
-    QSaveFile copy(path);
-    if (!source.open(QIODevice::ReadOnly) || !copy.open(QIODevice::WriteOnly))
-        return;
-    copy.setPermissions(source.permissions());
-    const QByteArray contents = source.readAll();
-    // Asked here because commit() does not look at what is written last.
-    if (source.error() == QFileDevice::NoError && copy.write(contents) == contents.size() && copy.flush())
-        copy.commit();
+    const QString copy = path + QLatin1String(".new");
+    QFile::remove(copy); // of a process that was killed
+    // The sizes, because QFile::copy() does not look at what it writes last.
+    if (QFile::copy(source, copy) && QFileInfo(copy).size() == QFileInfo(source).size()) {
+        QFile::remove(path);
+        QFile::rename(copy, path);
+    }
+    QFile::remove(copy);
 }
 
 } // namespace

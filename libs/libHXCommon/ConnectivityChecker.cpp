@@ -53,11 +53,6 @@ ConnectivityChecker::ConnectivityChecker(QObject *parent) : QObject(parent), m_s
     m_scheduleTimer->setSingleShot(true);
     m_scheduleTimer->setTimerType(Qt::PreciseTimer); // coarse ones would gather the spread checks again
     m_scheduleTimer->setInterval(firstDelay);
-    connectTriggers();
-}
-
-void ConnectivityChecker::connectTriggers()
-{
     connect(m_scheduleTimer, &QTimer::timeout, this, &ConnectivityChecker::startCheck);
 
     const NetworkManager *const network = NetworkManager::instance();
@@ -182,8 +177,11 @@ void ConnectivityChecker::checkFinished()
     if (!self)
         return;
     m_lastCheckSucceeded = succeeded;
-    if (m_pendingReply == reply)
+    if (reply && m_pendingReply == reply) {
+        reply->disconnect(this); // it may still run
+        reply->deleteLater();
         m_pendingReply.clear();
+    }
 }
 
 void ConnectivityChecker::setStatus(ConnectivityStatus status)
@@ -195,9 +193,7 @@ void ConnectivityChecker::setStatus(ConnectivityStatus status)
         m_status = status;
         Q_EMIT statusChanged(status);
     }
-    if (!self)
-        return;
-    if (m_status != FAILED && m_status != SUCCESS)
+    if (!self || (m_status != FAILED && m_status != SUCCESS))
         return;
     if (m_scheduleTimeout >= 1)
         scheduleCheck(m_scheduleTimeout);

@@ -139,7 +139,6 @@ private Q_SLOTS:
     void onOXUrlsRegionChanged(QString region);
 
 private:
-    void connectTriggers();
     void followRegistry();
 
     ConnectivityStatus m_status = UNKNOWN;

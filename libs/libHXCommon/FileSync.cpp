@@ -24,43 +24,36 @@ Q_LOGGING_CATEGORY(category, "Olvex.FileSync")
 constexpr int copyReportDelay = 10; // ms
 constexpr int loggedErrorOutput = 64 * 1024; // bytes at most
 
-bool looksLikeOption(const QString &word)
-{
-    return word.startsWith(QLatin1Char('-'));
-}
-
 // The target is never opened: QFile copies to a temporary file beside it and renames that.
 bool replaceByCopy(const QString &source, const QString &target)
 {
-    if (platform::isSameEntry(source, target))
+    if (QFileInfo::exists(source) && platform::isSameEntry(source, target))
         return false;
     // Deliberate: the old target goes first, also when the copy then fails.
     QFile::remove(target);
     return QFileInfo(source).isFile() && QFile::copy(source, target); // a FIFO would block
 }
 
-struct ErrorOutput {
-    QByteArray end;
-    qint64 omitted = 0; // bytes before the end
-    bool tellsOfFullDisk = false;
-};
-
-// In pieces, because all of it at once need not fit into memory twice.
-ErrorOutput readErrorOutput(QProcess *process)
+// Returns the end of it. In pieces, because all of it at once need not fit into memory twice.
+QByteArray readErrorOutput(QProcess *process, bool *tellsOfFullDisk)
 {
-    ErrorOutput errors;
-    const QProcess::ProcessChannel channel = process->readChannel();
-    process->setReadChannel(QProcess::StandardError);
+    QByteArray end;
     for (QByteArray piece; !(piece = process->read(loggedErrorOutput)).isEmpty();) {
-        errors.end += piece;
-        errors.tellsOfFullDisk =
-            errors.tellsOfFullDisk || errors.end.contains("No space left on device (28)");
-        const int excess = qMax(0, errors.end.size() - loggedErrorOutput);
-        errors.end.remove(0, excess);
-        errors.omitted += excess;
+        end += piece;
+        *tellsOfFullDisk = *tellsOfFullDisk || end.contains("No space left on device (28)");
+        end = end.right(loggedErrorOutput);
     }
-    process->setReadChannel(channel);
-    return errors;
+    return end;
+}
+
+void endProcess(QProcess *process)
+{
+    process->terminate();
+    process->waitForFinished(filesync::terminateTimeout);
+    if (process->state() == QProcess::NotRunning)
+        return;
+    process->kill();
+    process->waitForFinished();
 }
 
 // Tells whether the job is still there: a receiver may delete it. Its process, a signal of which may be on
@@ -143,7 +136,7 @@ void FileSync::executeCommand(const QString &command, const QStringList &argumen
     }
 
     const QString destination = QStringLiteral("%2@%1").arg(host, m_RemoteUser);
-    if (looksLikeOption(destination) || looksLikeOption(command)) {
+    if (destination.startsWith(QLatin1Char('-')) || command.startsWith(QLatin1Char('-'))) {
         qCWarning(category) << "Refused, ssh would read options from:" << destination << command;
         report(UnknownError);
         return;
@@ -215,13 +208,15 @@ void FileSync::onFinished(int exitCode, QProcess::ExitStatus)
     if (exitCode == 0) {
         qCInfo(category) << "exitCode:" << exitCode;
     } else {
-        const ErrorOutput errors = readErrorOutput(m_process);
-        if (errors.tellsOfFullDisk)
-            result = NoSpaceLeftOnDevice;
-        if (errors.omitted > 0)
-            qCInfo(category) << "Left out of standard error:" << errors.omitted << "bytes, the end is";
+        m_process->setReadChannel(QProcess::StandardError);
+        const qint64 omitted = m_process->bytesAvailable() - loggedErrorOutput;
+        if (omitted > 0)
+            qCInfo(category) << "Left out of standard error:" << omitted << "bytes, the end is";
+        bool tellsOfFullDisk = false;
+        const QByteArray errors = readErrorOutput(m_process, &tellsOfFullDisk);
+        result = tellsOfFullDisk ? NoSpaceLeftOnDevice : exitCode;
         qCInfo(category) << "Failed(" << result
-                         << "):" << QString::fromLocal8Bit(errors.end.constData(), errors.end.size());
+                         << "):" << QString::fromLocal8Bit(errors.constData(), errors.size());
     }
 
     m_process->terminate(); // has an effect only when this slot was called by name
@@ -263,9 +258,9 @@ void FileSync::onFileSyncReadyRead()
     QRegExp percentage(QStringLiteral(".*(\\d+)%.*"), Qt::CaseSensitive, QRegExp::RegExp2);
     if (!percentage.exactMatch(text))
         return;
-    m_progress = percentage.cap(1).toInt();
-    qCInfo(category) << "Progress:" << m_progress;
-    emitSignal(this, &FileSync::transferProgress, m_progress, m_process);
+    const int progress = percentage.cap(1).toInt();
+    qCInfo(category) << "Progress:" << progress;
+    emitSignal(this, &FileSync::transferProgress, progress, m_process);
 }
 
 void FileSync::onHostChanged(const QString &a_newHost)
@@ -277,33 +272,18 @@ void FileSync::onHostChanged(const QString &a_newHost)
         return;
 
     const bool wasRunning = m_process->state() != QProcess::NotRunning;
-    if (!stop())
+    const QPointer<FileSync> self(this); // the child may report progress to a receiver that deletes it
+    m_restarting = true;
+    endProcess(m_process);
+    if (!self)
         return;
+    m_restarting = false;
     if (!m_host.isEmpty())
         m_arguments.replaceInStrings(m_host, a_newHost);
     m_host = a_newHost;
     // Deliberate: the command itself is started, here, even if it ran through ssh before.
     if (wasRunning)
         start(m_command, m_arguments);
-}
-
-// Tells whether the job is still there: the child may report progress to a receiver that deletes it.
-bool FileSync::stop()
-{
-    const QPointer<FileSync> self(this);
-    QProcess *const process = m_process;
-    m_restarting = true;
-    process->terminate();
-    process->waitForFinished(filesync::terminateTimeout);
-    if (process->state() != QProcess::NotRunning) {
-        process->kill();
-        process->waitForFinished();
-    }
-    if (!self)
-        return false;
-    m_progress = 0;
-    m_restarting = false;
-    return true;
 }
 
 // Deliberate: the result tells of failure, and that of a directory entry replaces what was noted before it.

@@ -201,7 +201,6 @@ private Q_SLOTS:
 private:
     bool canStart() const;
     void start(const QString &program, const QStringList &arguments);
-    bool stop();
     void report(int status);
 
     QProcess *m_process; // null once the job has reported
@@ -214,7 +213,6 @@ private:
     bool m_copyPending = false;
     QString m_command;
     QStringList m_arguments;
-    qint32 m_progress = 0;
     bool m_restarting = false;
 };
 

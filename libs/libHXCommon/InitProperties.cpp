@@ -33,11 +33,6 @@ template <typename Visitor> void forEachOwnProperty(const QObject *object, Visit
         visit(type->property(i));
 }
 
-QString keyOf(const QMetaProperty &property)
-{
-    return QString::fromUtf8(property.name());
-}
-
 void load(QObject *object, const QMetaProperty &property, const QVariant &value, const QString &path)
 {
     if (property.write(object, value))
@@ -77,59 +72,42 @@ bool isDamaged(const QString &path)
         || storable(text).type() == QVariant::ByteArray;
 }
 
-QDateTime timeOf(const QString &path)
-{
-    return QFileInfo(path).lastModified();
-}
-
 void renewTime(const QString &path, const QDateTime &last)
 {
     QFile file(path);
-    if (last.isValid() && timeOf(path) <= last && file.open(QIODevice::Append))
+    if (last.isValid() && QFileInfo(path).lastModified() <= last && file.open(QIODevice::Append))
         file.setFileTime(last.addMSecs(1), QFileDevice::FileModificationTime);
+}
+
+// Polled, because QLockFile itself waits longer and longer.
+void takeTurn(QLockFile *lock)
+{
+    const QDeadlineTimer deadline(turnTimeout);
+    while (!lock->tryLock(pollInterval) && lock->error() == QLockFile::LockFailedError
+           && !deadline.hasExpired()) { }
 }
 
 // QSettings takes a file of the size and the millisecond that it remembers for unchanged, and then writes
 // back what another process has replaced. So changes come one after the other, and each begins and ends with
 // a later time than the file has ever had: whatever this process read before, and when, it is read again.
-class Turn {
-public:
-    explicit Turn(const QString &path) : m_path(path), m_lock(path + QLatin1String(".turn"))
-    {
-        const QDeadlineTimer deadline(turnTimeout);
-        while (!m_lock.tryLock(pollInterval) && m_lock.error() == QLockFile::LockFailedError
-               && !deadline.hasExpired()) { }
-        renewTime(path, timeOf(path));
-        m_last = timeOf(path);
-    }
-    ~Turn() { renewTime(m_path, m_last); }
-    Turn(const Turn &) = delete;
-    Turn &operator=(const Turn &) = delete;
-
-private:
-    const QString m_path;
-    QLockFile m_lock;
-    QDateTime m_last;
-};
-
 template <typename Change> void changeFile(const QString &path, Change change)
 {
+    QLockFile lock(path + QLatin1String(".turn"));
+    takeTurn(&lock);
+    renewTime(path, QFileInfo(path).lastModified());
+    const QDateTime last = QFileInfo(path).lastModified();
     const QString copy = path + QLatin1String(".damaged");
-    bool damaged = false;
-    bool failed = false;
-    {
-        const Turn turn(path);
-        damaged = isDamaged(path);
-        if (damaged)
-            QFile::copy(path, copy);
-        IniFile settings(path);
-        change(settings);
-        settings.sync();
-        failed = settings.status() == QSettings::AccessError;
-    }
+    const bool damaged = isDamaged(path);
+    if (damaged)
+        QFile::copy(path, copy);
+    IniFile settings(path);
+    change(settings);
+    settings.sync();
+    renewTime(path, last);
+    lock.unlock();
     if (damaged)
         qWarning() << "Path:" << path << "Damaged, see" << copy;
-    if (failed)
+    if (settings.status() == QSettings::AccessError)
         qWarning() << "Path:" << path << "Failed to write";
 }
 
@@ -141,13 +119,13 @@ void InitProperties::write(const QObject *object, const QString &path, const QSt
     std::vector<std::pair<QString, QVariant>> values;
     forEachOwnProperty(object, [&](const QMetaProperty &property) {
         if (property.isReadable())
-            values.emplace_back(keyOf(property), storable(property.read(object).toString()));
+            values.emplace_back(QString::fromUtf8(property.name()),
+                                storable(property.read(object).toString()));
     });
     changeFile(path, [&](QSettings &settings) {
         settings.beginGroup(group);
         for (const auto &[key, value] : values)
             settings.setValue(key, value);
-        settings.endGroup();
     });
 }
 
@@ -171,7 +149,7 @@ void InitProperties::writeMetaProperties(QSettings &settings, QObject *object, c
     forEachOwnProperty(object, [&](const QMetaProperty &property) {
         if (!property.isWritable() || !property.isReadable())
             return;
-        const QVariant value = settings.value(keyOf(property));
+        const QVariant value = settings.value(QString::fromUtf8(property.name()));
         if (!value.isNull())
             load(object, property, value, settings.fileName());
     });
@@ -195,11 +173,10 @@ void InitProperties::writeSettingsLine(const QString &path, const QString &key, 
 
 void InitProperties::removeGroup(const QString &path, const QString &group)
 {
-    changeFile(path, [&](QSettings &settings) {
-        settings.beginGroup(group);
-        settings.remove(QString());
-        settings.endGroup();
-    });
+    IniFile settings(path);
+    settings.beginGroup(group);
+    if (!settings.allKeys().isEmpty())
+        changeFile(path, [&](QSettings &file) { file.remove(group); });
 }
 
 void InitProperties::clearAll(const QString &path)

@@ -10,17 +10,6 @@ namespace {
 
 Q_LOGGING_CATEGORY(category, "Olvex.OXExternalServers", QtWarningMsg)
 
-// Functions, so that an instance made by another unit's static initialiser finds them set.
-QString production()
-{
-    return QStringLiteral("production");
-}
-
-QString unitedStates()
-{
-    return QStringLiteral("us");
-}
-
 QJsonDocument parse(const QByteArray &json, QJsonParseError *error)
 {
     QJsonDocument document = QJsonDocument::fromJson(json, error);
@@ -31,10 +20,9 @@ QJsonDocument parse(const QByteArray &json, QJsonParseError *error)
 
 } // namespace
 
-[[gnu::init_priority(101)]] const QString OXUrls::DefaultEnvironment = production();
-[[gnu::init_priority(101)]] const QString OXUrls::DefaultRegion = unitedStates();
+[[gnu::init_priority(101)]] const QString OXUrls::DefaultEnvironment = QStringLiteral("production");
 
-OXUrls::OXUrls() : m_environment(production()), m_region(unitedStates())
+OXUrls::OXUrls() : m_environment(DefaultEnvironment), m_region(QStringLiteral("us"))
 {
     qRegisterMetaType<QUrlQuery>("QUrlQuery");
 }
@@ -78,15 +66,13 @@ void OXUrls::setRegion(const QString &region)
     Q_EMIT regionChanged(region);
 }
 
-void OXUrls::setEnvironmentSetting(const QString &key, const QVariant &value)
+void OXUrls::setEnvironmentSetting(const QString &, const QVariant &value)
 {
-    Q_UNUSED(key)
     instance()->setEnvironment(value.toString());
 }
 
-void OXUrls::setRegionSetting(const QString &key, const QVariant &value)
+void OXUrls::setRegionSetting(const QString &, const QVariant &value)
 {
-    Q_UNUSED(key)
     instance()->setRegion(value.toString());
 }
 
@@ -95,7 +81,7 @@ QVariantMap OXUrls::urlInfo(const QString &target) const
     const QVariantMap environments = m_urls.value(QStringLiteral("environment")).toMap();
     QVariant entry = environments.value(m_environment).toMap().value(target);
     if (!entry.isValid())
-        entry = environments.value(production()).toMap().value(target);
+        entry = environments.value(DefaultEnvironment).toMap().value(target);
     return entry.toMap();
 }
 
@@ -188,6 +174,5 @@ bool OXUrls::storeUrls(const QByteArray &json)
         QFile::remove(m_filePath);
         QFile::rename(backupPath, m_filePath);
     }
-    file.close();
     return false;
 }

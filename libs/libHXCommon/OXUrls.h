@@ -149,8 +149,6 @@ private:
     QVariant regionalOrOwn(const QVariantMap &entry, const QString &key) const;
     QUrl parsed(const QVariant &address) const;
 
-    static const QString DefaultRegion;
-
     QString m_environment;
     QString m_region;
     QVariantMap m_urls;

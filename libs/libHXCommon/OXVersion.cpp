@@ -27,24 +27,21 @@ OXVersion::OXVersion(const QString &versionString)
     qCDebug(category) << versionString;
 
     // Deliberate: QRegExp. Its \d and \w accept every Unicode digit and letter, and its '.' a line break.
-    QRegExp full(QStringLiteral("^(\\d+)\\.(\\d+)\\.(\\d+)[-\\.]?(\\d+)?-?(\\w+)?"));
-    QRegExp threeNumbers(QStringLiteral("^(\\d+)\\.(\\d+)\\.(\\d+).*"));
-    const auto takeThreeNumbers = [this](const QRegExp &match) {
-        major = match.cap(1).toLongLong();
-        minor = match.cap(2).toLongLong();
-        patch = match.cap(3).toLongLong();
-        valid = true;
-    };
-
-    if (full.exactMatch(versionString)) {
-        takeThreeNumbers(full);
-        build = full.cap(4).toLongLong();
-        type = full.cap(5);
-    } else if (threeNumbers.exactMatch(versionString)) {
-        qCInfo(category) << versionString
-                         << "Initial version check failed parsing for major, minor and patch only";
-        takeThreeNumbers(threeNumbers);
+    QRegExp parts(QStringLiteral("^(\\d+)\\.(\\d+)\\.(\\d+)[-\\.]?(\\d+)?-?(\\w+)?"));
+    valid = parts.exactMatch(versionString);
+    if (!valid) {
+        parts.setPattern(QStringLiteral("^(\\d+)\\.(\\d+)\\.(\\d+).*"));
+        valid = parts.exactMatch(versionString);
+        if (valid)
+            qCInfo(category) << versionString
+                             << "Initial version check failed parsing for major, minor and patch only";
     }
+    // What did not match reads as 0 and as an empty text.
+    major = parts.cap(1).toLongLong();
+    minor = parts.cap(2).toLongLong();
+    patch = parts.cap(3).toLongLong();
+    build = parts.cap(4).toLongLong();
+    type = parts.cap(5);
 
     qCInfo(category) << "versionString" << versionString << "="
                      << "Major" << major << "minor" << minor << "patch" << patch << "build" << build << "type"

@@ -12,12 +12,10 @@ PausingTimer::PausingTimer(QObject *parent) : QObject(parent), m_timer(new QTime
 void PausingTimer::setInterval(int msec)
 {
     m_interval = msec;
-    if (m_timer->isActive()) {
+    if (m_remaining != -1)
         m_remaining = msec;
+    if (m_timer->isActive())
         m_timer->start(msec);
-    } else if (m_remaining != -1) {
-        m_remaining = msec;
-    }
 }
 
 void PausingTimer::start(int msec)

@@ -1,7 +1,5 @@
 #include "Product.h"
 
-#include <algorithm>
-#include <iterator>
 #include <optional>
 
 using namespace BM_HXCommon::Product;
@@ -70,8 +68,9 @@ QMap<int, int> productsByManikinType()
 
 const char *manikinTypeAsString(int manikinType)
 {
-    const auto *const found =
-        std::find_if(std::begin(manikins), std::end(manikins),
-                     [manikinType](const Manikin &manikin) { return manikin.type == manikinType; });
-    return found != std::end(manikins) && found->name ? found->name : "Unknown Manikin";
+    for (const Manikin &manikin : manikins) {
+        if (manikin.type == manikinType && manikin.name)
+            return manikin.name;
+    }
+    return "Unknown Manikin";
 }

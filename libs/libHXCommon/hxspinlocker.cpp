@@ -42,14 +42,9 @@ const char *orEmpty(const char *text)
 
 template <std::size_t Size> QByteArray read(const std::atomic<char> (&name)[Size])
 {
-    QByteArray copy;
-    for (const std::atomic<char> &c : name) {
-        const char value = c.load(std::memory_order_relaxed);
-        if (value == '\0')
-            break;
-        copy.append(value);
-    }
-    return copy;
+    char copy[Size];
+    std::copy(name, name + Size, copy);
+    return copy; // the last byte is never written but with zero
 }
 
 // What is too long is cut in front of a letter.
@@ -77,14 +72,12 @@ void HXAtomicLock::lock(const char *function, const char *info)
     if (Q_UNLIKELY(referenceCategory().isInfoEnabled()))
         traceReference("ref", m_count.fetch_add(0), function, info);
 
-    bool waited = false;
-    if (!tryOwn(current) && !isHeldBy(current)) {
+    const bool waits = !tryOwn(current) && !isHeldBy(current);
+    if (waits)
         waitFor(current, function, info);
-        waited = true;
-    }
     m_count.fetch_add(1);
     if (Q_UNLIKELY(lockCategory().isInfoEnabled()))
-        traceLocked(function, info, waited);
+        traceLocked(function, info, waits);
 }
 
 void HXAtomicLock::unlock(const char *function, const char *info)

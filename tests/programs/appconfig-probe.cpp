@@ -3,7 +3,7 @@
 
 #include <AgeGroups.h>
 #include <AppConfig.h>
-#include <AppConfigProcess.h>
+#include <AppConfig_p.h>
 #include <FileSync.h>
 #include <OXUrls.h>
 #include <Product.h>

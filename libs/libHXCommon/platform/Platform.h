@@ -46,16 +46,11 @@ extern int (*showFatalReport)(const char *title, const char *text);
 /// Whether the system asks a process to end by POSIX signals.
 extern const bool hasTerminationSignals;
 
-/// What is to be called when the system asks the process to end: the first on POSIX systems, the second on
-/// Windows.
-struct TerminationHandlers {
-    void (*signal)(int number, void *info, void *context);
-    bool (*consoleEvent)(unsigned long event);
-};
-
-/// Installs @p handlers with the operating system, but on POSIX systems for no signal that is ignored.
+/// What is to be called when the system asks the process to end: @p onSignal on POSIX systems, for no signal
+/// that is ignored, and @p onConsoleEvent on Windows.
 /// @return whether that succeeded
-bool installTerminationHandlers(const TerminationHandlers &handlers);
+bool installTerminationHandlers(void (*onSignal)(int number, void *info, void *context),
+                                bool (*onConsoleEvent)(unsigned long event));
 
 /// POSIX: gives the signals the actions back that installTerminationHandlers() has replaced.
 void restoreTerminationHandlers();

@@ -7,10 +7,8 @@
 #include <chrono>
 #include <csignal>
 #include <ctime>
-#include <map>
 #include <thread>
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/ipc.h>
@@ -42,36 +40,6 @@ struct TerminationSignal {
 };
 TerminationSignal terminationSignals[] = {{SIGINT, {}}, {SIGTERM, {}}, {SIGHUP, {}}};
 
-// Decides as QDir does when it lists files and directories: no hidden entries, special files, broken links
-// and names that the local encoding does not know.
-bool isListed(int directory, const char *name, struct stat *status)
-{
-    struct stat link { };
-    return name[0] != '.' && QFile::encodeName(QFile::decodeName(name)) == name
-        && ::fstatat(directory, name, status, 0) == 0
-        && (S_ISDIR(status->st_mode) || S_ISREG(status->st_mode)
-            || (::fstatat(directory, name, &link, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(link.st_mode)));
-}
-
-struct Entry {
-    QString name;
-    bool isDirectory; // or a link to one
-};
-
-// In the order of QDir: by name, without case.
-std::multimap<QString, Entry> entriesOf(DIR *directory, const QStringList &nameFilters)
-{
-    std::multimap<QString, Entry> entries;
-    while (const dirent *const entry = ::readdir(directory)) {
-        const QString name = QFile::decodeName(entry->d_name);
-        struct stat status { };
-        if (isListed(::dirfd(directory), entry->d_name, &status)
-            && (nameFilters.isEmpty() || QDir::match(nameFilters, name)))
-            entries.insert({name.toLower(), {name, S_ISDIR(status.st_mode)}});
-    }
-    return entries;
-}
-
 // Removes a directory, or a link to one, from its parent.
 bool removeTree(int parent, const QByteArray &name, const QDir &dir, void (*enter)(const QString &path))
 {
@@ -84,18 +52,18 @@ bool removeTree(int parent, const QByteArray &name, const QDir &dir, void (*ente
 
     bool failed = false;
     const int descriptor = ::openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-    if (DIR *const directory = ::fdopendir(descriptor)) {
-        for (const auto &[key, entry] : entriesOf(directory, dir.nameFilters())) {
-            const QByteArray entryName = QFile::encodeName(entry.name);
-            if (entry.isDirectory)
-                failed = removeTree(descriptor, entryName, QDir(dir.absoluteFilePath(entry.name)), enter);
-            else if (::unlinkat(descriptor, entryName, 0) != 0)
-                failed = true;
-        }
-        ::closedir(directory);
-    } else {
-        ::close(descriptor);
+    // Through the descriptor, which no link can lead elsewhere; without /proc nothing is listed.
+    const QDir opened(QStringLiteral("/proc/self/fd/%1").arg(descriptor));
+    const QFileInfoList entries = opened.entryInfoList(
+        dir.nameFilters(), QDir::Dirs | QDir::Files | QDir::NoDotAndDotDot, dir.sorting());
+    for (const QFileInfo &entry : entries) {
+        const QByteArray entryName = QFile::encodeName(entry.fileName());
+        if (entry.isDir())
+            failed = removeTree(descriptor, entryName, QDir(dir.absoluteFilePath(entry.fileName())), enter);
+        else if (::unlinkat(descriptor, entryName, 0) != 0)
+            failed = true;
     }
+    ::close(descriptor);
     return ::unlinkat(parent, name, AT_REMOVEDIR) != 0 || failed;
 }
 
@@ -163,9 +131,9 @@ void parkOnNullDevice(int descriptor)
     ::close(null);
 }
 
-bool installTerminationHandlers(const TerminationHandlers &handlers)
+bool installTerminationHandlers(void (*onSignal)(int, void *, void *), bool (*)(unsigned long))
 {
-    signalHandler = handlers.signal;
+    signalHandler = onSignal;
     struct sigaction action { };
     action.sa_sigaction = &handleSignal;
     action.sa_flags = SA_SIGINFO | SA_RESTART;
@@ -202,19 +170,14 @@ void writeSignal(int descriptor, int number)
 {
     const int savedErrno = errno;
     const auto byte = static_cast<unsigned char>(number);
-    const ssize_t written = ::write(descriptor, &byte, 1);
-    static_cast<void>(written); // a full channel has enough requests waiting
-    errno = savedErrno;
+    if (::write(descriptor, &byte, 1) != 1) // a full channel has enough requests waiting
+        errno = savedErrno;
 }
 
 int readSignal(int descriptor)
 {
     unsigned char byte = 0;
-    ssize_t count = 0;
-    do {
-        count = ::read(descriptor, &byte, 1);
-    } while (count == -1 && errno == EINTR);
-    return count == 1 ? byte : -1;
+    return ::read(descriptor, &byte, 1) == 1 ? byte : -1; // never waits, so nothing interrupts it
 }
 
 int lockFile(const char *path, int *milliseconds)
@@ -241,7 +204,8 @@ void unlockFile(int lock)
 
 void removeOrphanedSemaphore(const char *keyFile)
 {
-    const int semaphore = ::semget(::ftok(keyFile, 'Q'), 1, 0);
+    const key_t key = ::ftok(keyFile, 'Q'); // -1 without the file: a key like any other
+    const int semaphore = key == -1 ? -1 : ::semget(key, 1, 0);
     if (::semctl(semaphore, 0, GETVAL) == 0 && ::semctl(semaphore, 0, GETPID) == 0)
         ::semctl(semaphore, 0, IPC_RMID);
 }

@@ -67,9 +67,9 @@ void parkOnNullDevice(int descriptor)
     _close(null);
 }
 
-bool installTerminationHandlers(const TerminationHandlers &handlers)
+bool installTerminationHandlers(void (*)(int, void *, void *), bool (*onConsoleEvent)(unsigned long))
 {
-    consoleEventHandler = handlers.consoleEvent;
+    consoleEventHandler = onConsoleEvent;
     return SetConsoleCtrlHandler(&handleConsoleEvent, TRUE) != 0;
 }
 

@@ -1,9 +1,7 @@
-#ifndef APPCONFIGLOGGING_H
-#define APPCONFIGLOGGING_H
+#ifndef APPCONFIG_P_H
+#define APPCONFIG_P_H
 
 #include <QLoggingCategory>
-
-// Private to AppConfig.
 
 Q_DECLARE_LOGGING_CATEGORY(appConfigCategory)
 
@@ -18,5 +16,10 @@ void installLogHandler();
 
 /// Gives its place back to AppConfig::oldMsgHandler.
 void removeLogHandler();
+
+/// The console control handler that AppConfig::cleanExit() installs on Windows. Runs on a thread of the
+/// operating system, which ends the process when this returns; waits 5 s for the event loop to wind down.
+/// @return true: handled
+bool cleanWindowsExit(unsigned long event);
 
 #endif
