@@ -1,5 +1,6 @@
 #include <RunGuard.h>
 
+#include "ChildProcess.h"
 #include "LogCapture.h"
 
 #include <QDir>
@@ -28,7 +29,10 @@ const QString sharedMemKeyOfX = QStringLiteral("bca29f6f2f4e501c38563a9232f5e32f
 // until it is left.
 class Contender : public QProcess {
 public:
-    Contender() { start(QStringLiteral(GUARD_CONTENDER_PATH), {QStringLiteral("x")}); }
+    Contender()
+    {
+        startChild(*this, QStringLiteral(GUARD_CONTENDER_PATH), {QStringLiteral("x")}, QDir::currentPath());
+    }
     ~Contender() override
     {
         closeWriteChannel();

@@ -23,7 +23,7 @@ static QString words(QString identifier, const QString &group = QString())
     QString result = words.join(QLatin1Char(' '));
     if (!group.isEmpty() && result.startsWith(group.toLower() + QLatin1Char(' ')))
         result.remove(0, group.size() + 1);
-    return result.left(1).toUpper() + result.mid(1);
+    return result.at(0).toUpper() + result.mid(1);
 }
 
 // What the library offers to C++ only: static functions, tables, and the names of the enumerations.

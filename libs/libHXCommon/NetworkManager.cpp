@@ -17,7 +17,7 @@ namespace {
 Q_LOGGING_CATEGORY(category, "Olvex.NetworkManager", QtInfoMsg)
 
 // instance() keeps a connection for each call.
-[[gnu::init_priority(101)]] QPointer<NetworkManager> current;
+[[gnu::init_priority(101)]] QPointer<NetworkManager> current; // clazy:exclude=non-pod-global-static
 
 template <typename... Body>
 using Method = QNetworkReply *(QNetworkAccessManager::*)(const QNetworkRequest &, Body...);
