@@ -179,8 +179,9 @@ void installLogHandler()
 
 void removeLogHandler()
 {
-    if (AppConfig::oldMsgHandler)
-        qInstallMessageHandler(AppConfig::oldMsgHandler);
+    if (!AppConfig::oldMsgHandler)
+        return;
+    qInstallMessageHandler(AppConfig::oldMsgHandler);
     AppConfig::oldMsgHandler = firstHandler; // the one installed now may still hand on to ours
 }
 

@@ -208,12 +208,14 @@ void FileSync::onFinished(int exitCode, QProcess::ExitStatus)
     if (exitCode == 0) {
         qCInfo(category) << "exitCode:" << exitCode;
     } else {
+        const QProcess::ProcessChannel channel = m_process->readChannel();
         m_process->setReadChannel(QProcess::StandardError);
         const qint64 omitted = m_process->bytesAvailable() - loggedErrorOutput;
         if (omitted > 0)
             qCInfo(category) << "Left out of standard error:" << omitted << "bytes, the end is";
         bool tellsOfFullDisk = false;
         const QByteArray errors = readErrorOutput(m_process, &tellsOfFullDisk);
+        m_process->setReadChannel(channel);
         result = tellsOfFullDisk ? NoSpaceLeftOnDevice : exitCode;
         qCInfo(category) << "Failed(" << result
                          << "):" << QString::fromLocal8Bit(errors.constData(), errors.size());
