@@ -162,12 +162,12 @@ private Q_SLOTS:
             QSKIP("Wine finds the end of a file and writes there in two steps; Windows does so in one");
         QVERIFY(startQuietly());
         {
-            std::vector<std::future<void>> threads; // their ends are awaited
+            std::future<void> threads[8]; // their ends are awaited
             for (int thread = 0; thread < 8; ++thread)
-                threads.push_back(std::async(std::launch::async, [thread] {
+                threads[thread] = std::async(std::launch::async, [thread] {
                     for (int i = 0; i < 5000; ++i)
                         qInfo("thread %d line %d end", thread, i);
-                }));
+                });
         }
         const QRegularExpression whole(text("^ \\| I \\| [^|]*: thread [0-7] line \\d+ end$"));
         QStringList lines = text(contents(text("my.log"))).split(QLatin1Char('\n')).filter(text("thread"));

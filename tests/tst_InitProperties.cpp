@@ -55,7 +55,7 @@ class Values : public QObject {
     Q_PROPERTY(int number MEMBER m_number)
     Q_PROPERTY(QStringList oneText MEMBER m_oneText)
     Q_PROPERTY(double real MEMBER m_real STORED false)
-    Q_PROPERTY(QString text READ text WRITE setText)
+    Q_PROPERTY(QString text READ text WRITE setText) // clazy:exclude=qproperty-without-notify
     Q_PROPERTY(int writeOnly WRITE setWriteOnly)
 
 public:

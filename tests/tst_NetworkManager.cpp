@@ -34,16 +34,16 @@ private Q_SLOTS:
         const QSignalSpy checks(manager, &NetworkManager::checkConnectivity);
         manager->initialize();
         QSignalSpy updates(manager->configurationManager(), &QNetworkConfigurationManager::updateCompleted);
-        QVERIFY(updates.wait());
         const QObjectList managers = manager->children();
         QCOMPARE(managers.size(), 2);
         manager->initialize();
         QCOMPARE(manager->children(), managers);
         QCOMPARE(checks.count(), 0);
         while (updates.wait(500)) { } // for what initialize() began
+        updates.clear();
         NetworkManager::updateConfigurations();
         QCOMPARE(checks.count(), 1);
-        QVERIFY(updates.wait());
+        QTRY_VERIFY(!updates.isEmpty());
     }
 
     void sendsRequestsUnchanged()

@@ -129,7 +129,7 @@ private Q_SLOTS:
             QVERIFY(::semget(::ftok(qPrintable(paths.last()), 'Q'), 1, 0600 | IPC_CREAT | IPC_EXCL) != -1);
         }
         QCOMPARE(Contender().verdict(), QByteArray("running"));
-        for (const QString &path : paths)
+        for (const QString &path : qAsConst(paths))
             QFile::remove(path);
     }
 #endif

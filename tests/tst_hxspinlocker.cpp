@@ -45,15 +45,15 @@ private Q_SLOTS:
         HXAtomicLock lock;
         int counter = 0; // not atomic: the lock is what protects it
         const auto countUp = [&](int rounds) {
-            std::vector<std::future<void>> threads; // their ends are awaited
-            for (int thread = 0; thread < 4; ++thread)
-                threads.push_back(std::async(std::launch::async, [&lock, &counter, rounds] {
+            std::future<void> threads[4]; // their ends are awaited
+            for (std::future<void> &thread : threads)
+                thread = std::async(std::launch::async, [&lock, &counter, rounds] {
                     for (int i = 0; i < rounds; ++i) {
                         const HXSpinLocker outer(&lock, "outer", "");
                         const HXSpinLocker inner(&lock, nullptr, nullptr);
                         ++counter;
                     }
-                }));
+                });
         };
         countUp(20000);
         QCOMPARE(capture.lines(), QStringList()); // silent by default

@@ -152,7 +152,7 @@ void raiseConsoleEvent()
     const int longer = 500; // the handler does not return as long as the process may live
 #endif
     qInfo("installed=%d", AppConfig::cleanExit());
-    QTimer::singleShot(0, raise);
+    QTimer::singleShot(0, qApp, raise);
     qInfo("loop left with %d", QCoreApplication::exec());
     QThread::msleep(longer);
     qInfo("alive");

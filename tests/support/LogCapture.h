@@ -17,7 +17,12 @@ public:
         m_previous = qInstallMessageHandler(&LogCapture::handle);
     }
 
-    ~LogCapture() { qInstallMessageHandler(m_previous); }
+    ~LogCapture()
+    {
+        qInstallMessageHandler(m_previous);
+        s_current = nullptr;
+    }
+
     LogCapture(const LogCapture &) = delete;
     LogCapture &operator=(const LogCapture &) = delete;
 

@@ -12,13 +12,13 @@ void ScriptStage::addScripts(const QString &path)
     const QString forAll = blocks.takeFirst();
     for (const QString &block : qAsConst(blocks)) {
         QStringList script(forAll), journal;
-        const QStringList lines = block.split(QLatin1Char('\n'));
-        for (const QString &line : lines.mid(1)) {
+        QStringList lines = block.split(QLatin1Char('\n'));
+        const QString name = lines.takeFirst();
+        for (const QString &line : qAsConst(lines)) {
             const bool expected = line.startsWith(text("> "));
             (expected ? journal : script) << line.mid(expected ? 2 : 0);
         }
-        QTest::newRow(qPrintable(lines[0]))
-            << script.join(QLatin1Char('\n')) << journal.join(QLatin1Char(' '));
+        QTest::newRow(qPrintable(name)) << script.join(QLatin1Char('\n')) << journal.join(QLatin1Char(' '));
     }
 }
 
