@@ -211,7 +211,8 @@ private Q_SLOTS:
                 continue;
             const LogCapture capture;
             InitProperties::writeSettingsLine(path, key, QStringLiteral("2"));
-            QCOMPARE(capture.lines(), QStringList(warning(path, "Failed to write")));
+            // Windows has Qt warn of the lock below a file, too.
+            QCOMPARE(capture.lines().filter(text("Path:")), QStringList(warning(path, "Failed to write")));
             QCOMPARE(contents(m_path), QByteArray("key=1\n"));
         }
     }
