@@ -114,7 +114,7 @@ QString Job::copyProblem() const
     if (!directoryOfTarget.isWritable())
         return text("the directory %1 cannot be written").arg(directoryOfTarget.filePath());
     const QStorageInfo storage(directoryOfTarget.filePath());
-    if (storage.bytesAvailable() < source.size())
+    if (storage.isValid() && storage.bytesAvailable() < source.size())
         return text("%1 has only %2 MB left, and %3 MB are needed")
             .arg(storage.rootPath(), QString::number(storage.bytesAvailable() / 1000000),
                  QString::number(source.size() / 1000000));
